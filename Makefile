@@ -1,0 +1,35 @@
+# Orvanex: `make test` installs what is missing, builds with AddressSanitizer and
+# UndefinedBehaviorSanitizer in build/asan and runs the suite; `make demo` builds the release tree
+# in build/ and runs the example batch macro.
+JOBS ?= 2
+RELEASE_DIR := build
+TEST_DIR := build/asan
+
+.PHONY: all deps release test demo bench clean
+
+all: release
+
+deps:
+	./scripts/install-deps
+
+$(RELEASE_DIR)/build.ninja:
+	cmake -S . -B $(RELEASE_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Release -DORVANEX_TESTS=OFF
+
+release: deps $(RELEASE_DIR)/build.ninja
+	cmake --build $(RELEASE_DIR) -j $(JOBS)
+
+$(TEST_DIR)/build.ninja:
+	cmake -S . -B $(TEST_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DORVANEX_SANITIZE=ON -DORVANEX_TESTS=ON
+
+test: deps $(TEST_DIR)/build.ninja
+	cmake --build $(TEST_DIR) -j $(JOBS)
+	cd $(TEST_DIR) && ctest --output-on-failure -j $(JOBS)
+
+demo: release
+	./examples/run-demo $(RELEASE_DIR)/bin/orvanex
+
+bench: release
+	./bench/startup.sh $(RELEASE_DIR)/bin/orvanex
+
+clean:
+	rm -rf build
