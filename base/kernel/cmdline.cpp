@@ -1,0 +1,508 @@
+// The command line. The option table below drives both scans: the pre-scan acts only on the rows
+// marked pre-scan (they must take effect before the configuration file is read), the main scan on
+// all the others and skips the pre-scan rows with their values. Toolkit options are compared with
+// case, the table's options without; a name ending in ".mcr" or ".tcl" is a macro file even when
+// it begins with "-".
+#include "base/kernel/cmdline.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <unistd.h>
+
+#include "base/kernel/alloc.h"
+#include "base/kernel/errors.h"
+#include "base/kernel/genbase.h"
+#include "base/kernel/globals.h"
+#include "base/kernel/paths.h"
+#include "base/kernel/seams.h"
+#include "base/kernel/strlist.h"
+#include "base/kernel/strutil.h"
+#include "base/kernel/version.h"
+#include "base/macro/macro1.h"
+
+CommandLineState_s CommandLineState;
+const char *const BaseDataSetReaderName = "Orvanex Data Loader";
+
+namespace {
+
+// ---- the option table -------------------------------------------------------------------
+
+struct ScanContext {
+    int argc;
+    char **argv;
+    bool sawBatch = false;
+    bool sawDataSetReader = false;
+    bool noBatchLog = false;
+    bool layoutIsPackage = false;
+    bool dataFilesNamed = false;
+};
+
+using OptionHandler = bool (*)(ScanContext &scan, const char *value);
+
+struct CommandLineOption_s {
+    const char *Name;
+    bool PreScan;
+    bool TakesValue;
+    const char *MissingValueMessage;  // null when the option takes no value
+    OptionHandler Handler;            // null: accepted and without effect
+};
+
+std::string absolute(const char *name) { return MakeAbsolutePath(name, StartupDirectory); }
+
+// Appends one data file name, quoted for the compound instruction string.
+void appendQuoted(std::string *target, const std::string &name) {
+    target->push_back('"');
+    for (char c : name) {
+        if (c == '"' || c == '\\') target->push_back('\\');
+        target->push_back(c);
+    }
+    target->push_back('"');
+}
+
+bool noteDataFile(ScanContext &scan) {
+    if (scan.layoutIsPackage) {
+        ErrMsg("Not allowed to specify alternate plot files when loading a layout package.");
+        return false;
+    }
+    scan.dataFilesNamed = true;
+    return true;
+}
+
+bool setFlag(bool *flag, bool value) {
+    *flag = value;
+    return true;
+}
+
+bool onVersion(ScanContext &, const char *) {
+    printf("Orvanex %s %s\n", VersionStr, OrvanexPlatform);
+    fflush(stdout);
+    return false;
+}
+bool onNoBanner(ScanContext &, const char *) { return setFlag(&ShowOpeningBanner, false); }
+bool onNoSidebar(ScanContext &, const char *) { return setFlag(&ShowInitialSidebar, false); }
+bool onNoToolbar(ScanContext &, const char *) { return setFlag(&ToolbarDisabled, true); }
+bool onNoMainMenu(ScanContext &, const char *) { return setFlag(&MainMenuDisabled, true); }
+bool onAlternateTitle(ScanContext &, const char *value) {
+    OrvanexAppTitle = value;
+    return true;
+}
+bool onDataSetReader(ScanContext &scan, const char *value) {
+    CommandLineState.DataSetReaderName = value;
+    scan.sawDataSetReader = true;
+    return true;
+}
+bool onAddOnFile(ScanContext &, const char *value) {
+    CommandLineState.AddOnFileName = absolute(value);
+    return true;
+}
+bool onLoadAddOn(ScanContext &, const char *value) {
+    CommandLineState.AddOnNames.emplace_back(value);
+    return true;
+}
+bool onConfigFile(ScanContext &, const char *value) {
+    ConfigFName = absolute(value);
+    return true;
+}
+bool onHomeDirectory(ScanContext &, const char *value) {
+    OrvanexHomeDirectory = absolute(value);
+    return true;
+}
+bool onQuickMacroFile(ScanContext &, const char *value) {
+    QuickMacroFName = absolute(value);
+    CommandLineState.UserNamedQuickMacroFile = true;
+    return true;
+}
+bool onNoStdAddOns(ScanContext &, const char *) { return setFlag(&CommandLineState.LoadStandardAddOns, false); }
+bool onDefine(ScanContext &, const char *value) {
+    const char *equals = strchr(value, '=');
+    if (equals == nullptr) {  // NAME alone removes the variable, as putenv does
+        unsetenv(value);
+        return true;
+    }
+    std::string name(value, static_cast<size_t>(equals - value));
+    setenv(name.c_str(), equals + 1, 1);
+    return true;
+}
+bool onMaximize(ScanContext &, const char *) { return setFlag(&WantsToMaximizeProcessWindow, true); }
+bool onQuiet(ScanContext &, const char *) {
+    GeneralBase.EnablePauses = false;
+    GeneralBase.EnableDelays = false;
+    return true;
+}
+bool onMacroFile(ScanContext &, const char *value) {
+    CommandLineState.MacroFileNames.push_back(absolute(value));
+    CommandLineState.MacroWasNamed = true;
+    return true;
+}
+bool onPrintFile(ScanContext &, const char *value) {
+    GeneralBase.PrintFName = absolute(value);
+    GeneralBase.PrintToFile = true;
+    return true;
+}
+bool onExportFile(ScanContext &, const char *value) {
+    GeneralBase.ExportFName = absolute(value);
+    return true;
+}
+bool onFontFile(ScanContext &, const char *value) {
+    FontFName = absolute(value);
+    return true;
+}
+bool onBatch(ScanContext &scan, const char *) { return setFlag(&scan.sawBatch, true); }
+bool onNoBatchLog(ScanContext &scan, const char *) { return setFlag(&scan.noBatchLog, true); }
+bool onShowPanel(ScanContext &, const char *) { return setFlag(&CommandLineState.ShowQuickMacroPanel, true); }
+bool onDebugPlay(ScanContext &, const char *) { return setFlag(&DebugPlay, true); }
+bool onStylesheet(ScanContext &, const char *value) {
+    StyleFName = absolute(value);
+    return true;
+}
+bool onColorMap(ScanContext &, const char *value) {
+    ColorFName = absolute(value);
+    return true;
+}
+bool onDataFile(ScanContext &scan, const char *value) {
+    if (!noteDataFile(scan)) return false;
+    appendQuoted(&CommandLineState.DataSetInstructions, absolute(value));
+    CommandLineState.DataSetInstructions.push_back(' ');
+    return true;
+}
+
+const CommandLineOption_s CommandLineOptions[] = {
+    {"-V", false, false, nullptr, onVersion},
+    {"-NOBANNER", false, false, nullptr, onNoBanner},
+    {"-NOSIDEBAR", false, false, nullptr, onNoSidebar},
+    {"-NOTOOLBAR", false, false, nullptr, onNoToolbar},
+    {"-NOMAINMENU", false, false, nullptr, onNoMainMenu},
+    {"-ALTERNATETITLE", false, true, "Missing alternate title string.", onAlternateTitle},
+    {"-datasetreader", false, true, "Missing data set reader name", onDataSetReader},
+    {"-ADDONFILE", false, true, "Missing addonlist filename", onAddOnFile},
+    {"-LOADADDON", false, true, "Missing add-on filename", onLoadAddOn},
+    {"-C", true, true, "Missing alternate configuration fname", onConfigFile},
+    {"-H", true, true, "Missing home directory name for -h flag", onHomeDirectory},
+    {"-QM", true, true, "Missing alternate quick macro file name", onQuickMacroFile},
+    {"-NOSTDADDONS", true, false, nullptr, onNoStdAddOns},
+    {"-DEFINE", true, true, "Missing environment variable assignment from -define parameter", onDefine},
+    {"-X", false, false, nullptr, onMaximize},
+    {"-Q", false, false, nullptr, onQuiet},
+    {"-P", false, true, "Missing macro filename", onMacroFile},
+    {"-R", false, true, "Missing routename", onPrintFile},
+    {"-Y", false, true, "Missing export routename", onExportFile},
+    {"-F", false, true, "Missing alternate font filename", onFontFile},
+    {"-B", false, false, nullptr, onBatch},
+    {"-NOBATCHLOG", false, false, nullptr, onNoBatchLog},
+    {"-SHOWPANEL", false, false, nullptr, onShowPanel},
+    {"-Z", false, false, nullptr, onDebugPlay},
+    {"-S", false, true, "Missing stylesheet fname", onStylesheet},
+    {"-M", false, true, "Missing colormap fname", onColorMap},
+    {"-DATAFILE", false, true, "Missing datafile name", onDataFile},
+    {"-ALWAYSONBOTTOM", false, false, nullptr, nullptr},
+    {"-DEVELOP", false, false, nullptr, nullptr},
+    {"-MESA", false, false, nullptr, nullptr},
+    {"-SGIOPENGL", false, false, nullptr, nullptr},
+    {"-OPENGL", false, false, nullptr, nullptr},
+    {"-ASSERTLOG", false, false, nullptr, nullptr},
+};
+
+const CommandLineOption_s *findOption(const char *arg) {
+    for (const CommandLineOption_s &option : CommandLineOptions)
+        if (ustrcmp(option.Name, arg) == 0) return &option;
+    return nullptr;
+}
+
+// The toolkit's options, compared with case. Those with a value skip it too.
+const char *const ToolkitFlags[] = {"+rv", "+synchronous", "+reverse", "-iconic", "-rv", "-synchronous", "-sync"};
+const char *const ToolkitValued[] = {"-background", "-bd", "-bordercolor", "-bg", "-borderwidth", "-bw",
+                                     "-d", "-display", "-fg", "-foreground", "-fn", "-font",
+                                     "-geometry", "-name", "-selectionTimeout", "-title", "-xrm"};
+
+template <size_t N>
+bool inList(const char *const (&list)[N], const char *arg) {
+    for (const char *item : list)
+        if (strcmp(item, arg) == 0) return true;
+    return false;
+}
+
+// -DEBUG: the next argument names the debug file unless it is absent or another option.
+void processDebugOption(ScanContext &scan, int *i) {
+    GeneralBase.Debug = true;
+    StdError = stderr;
+    if (*i + 1 >= scan.argc) return;
+    const char *next = scan.argv[*i + 1];
+    if (strcmp(next, "-") == 0) {
+        (*i)++;
+        return;
+    }
+    if (next[0] == '-') return;
+    (*i)++;
+    std::string name = absolute(next);
+    FILE *file = fopen(name.c_str(), "w");
+    if (file == nullptr) {
+        ErrMsg("Cannot write debug output to %s, permission denied or invalid file name.", next);
+        GeneralBase.Debug = false;
+        StdError = stdout;
+        return;
+    }
+    StdError = file;
+}
+
+// Classifies one argument that is no option: layout, add-on or data files.
+bool processFileArgument(ScanContext &scan, const char *arg) {
+    std::string name(arg);
+    if (HasSuffixIgnoringCase(name, ".lay") || HasSuffixIgnoringCase(name, ".lpk")) {
+        if (CommandLineState.LayoutWasNamed) {
+            ErrMsg("Not allowed to specify multiple layout files on the command line");
+            return false;
+        }
+        bool isPackage = HasSuffixIgnoringCase(name, ".lpk");
+        if (isPackage && scan.dataFilesNamed) {
+            ErrMsg("Not allowed to specify alternate plot files when loading a layout package.");
+            return false;
+        }
+        LayoutFName = absolute(arg);
+        CommandLineState.LayoutWasNamed = true;
+        scan.layoutIsPackage = isPackage;
+        return true;
+    }
+    if (HasSuffixIgnoringCase(name, ".so")) {
+        CommandLineState.AddOnNames.push_back(name);
+        return true;
+    }
+    if (!noteDataFile(scan)) return false;
+    // "a.plt+b.plt" names one data set read from several files.
+    std::string &instructions = CommandLineState.DataSetInstructions;
+    size_t start = 0;
+    bool first = true;
+    while (true) {
+        size_t plus = name.find('+', start);
+        std::string piece = name.substr(start, plus == std::string::npos ? std::string::npos : plus - start);
+        if (!first) instructions.push_back('+');
+        appendQuoted(&instructions, absolute(piece.c_str()));
+        first = false;
+        if (plus == std::string::npos) break;
+        start = plus + 1;
+    }
+    instructions.push_back(' ');
+    return true;
+}
+
+bool openBatchLog() {
+    const char *envName = getenv("BATCHLOGFILE");
+    std::string logName = envName != nullptr ? envName : "";
+    size_t first = logName.find_first_not_of(" \t");
+    logName = first == std::string::npos ? std::string() : logName.substr(first, logName.find_last_not_of(" \t") - first + 1);
+    if (logName.empty()) logName = "batch.log";
+    logName = absolute(logName.c_str());
+    BatchFile = fopen(logName.c_str(), "w");
+    if (BatchFile == nullptr) {
+        fprintf(stderr, "Err: Cannot create batch log file %s\n", logName.c_str());
+        return false;
+    }
+    fprintf(BatchFile, "Orvanex %s Batch Log\n", VersionStr);
+    fflush(BatchFile);
+    return true;
+}
+
+}  // namespace
+
+void ProcessEnvironmentVariables() {
+    for (const char *variable : {"ORVZ9HOME", "ORV110HOME", "ORVHOME"}) {
+        const char *value = getenv(variable);
+        if (value == nullptr) continue;
+        std::string home;
+        for (const char *c = value; *c != '\0'; c++)
+            if (*c != '"') home.push_back(*c);
+        if (!home.empty() && home.back() == '\\') home.pop_back();
+        OrvanexHomeDirectory = home.empty() ? "." : home;
+        return;
+    }
+}
+
+void PreScanCommandLine(int argc, char **argv, bool *ok) {
+    ShowOpeningBanner = true;
+    ShowInitialSidebar = true;
+    MainMenuDisabled = false;
+    ToolbarDisabled = false;
+    WantsToMaximizeProcessWindow = false;
+    ConfigFName = "orvanex.cfg";
+    QuickMacroFName = "orvanex.mcr";
+    FontFName = "orvanex.fnt";
+    CommandLineState = CommandLineState_s();
+    CommandLineState.DataSetReaderName = BaseDataSetReaderName;
+    const char *display = getenv("DISPLAY");
+    X_DisplayString = display != nullptr ? display : "";
+    OrvanexExePath = argc > 0 ? absolute(argv[0]) : std::string();
+
+    ScanContext scan{argc, argv};
+    for (int i = 1; i < argc && *ok; i++) {
+        const CommandLineOption_s *option = findOption(argv[i]);
+        if (option == nullptr || !option->PreScan) continue;
+        const char *value = nullptr;
+        if (option->TakesValue) {
+            if (i + 1 >= argc) {
+                ErrMsg("%s", option->MissingValueMessage);
+                *ok = false;
+                break;
+            }
+            value = argv[++i];
+        }
+        option->Handler(scan, value);
+    }
+}
+
+void ProcessCommandLineOptions(int argc, char **argv, bool *ok) {
+    ScanContext scan{argc, argv};
+    for (int i = 1; i < argc && *ok; i++) {
+        const char *arg = argv[i];
+        if (scan.sawDataSetReader) {
+            // From -datasetreader on, the rest of the line belongs to the reader.
+            // With a layout they all replace its first data set, so they are joined by "+";
+            // otherwise each is an instruction of its own.
+            std::string &instructions = CommandLineState.DataSetInstructions;
+            if (CommandLineState.LayoutWasNamed && !instructions.empty()) {
+                while (!instructions.empty() && instructions.back() == ' ') instructions.pop_back();
+                instructions.push_back('+');
+            }
+            appendQuoted(&instructions, arg);
+            if (!CommandLineState.LayoutWasNamed) instructions.push_back(' ');
+            continue;
+        }
+        if (inList(ToolkitFlags, arg)) {
+            if (strcmp(arg, "-iconic") == 0) ShowOpeningBanner = false;
+            continue;
+        }
+        if (inList(ToolkitValued, arg)) {
+            if (i + 1 >= argc) {
+                ErrMsg("Invalid option to %s", arg);  // reported; start-up goes on
+                continue;
+            }
+            i++;
+            if (strcmp(arg, "-d") == 0 || strcmp(arg, "-display") == 0) X_DisplayString = argv[i];
+            continue;
+        }
+        if (ustrcmp(arg, "-DEBUG") == 0) {
+            processDebugOption(scan, &i);
+            continue;
+        }
+        if (const CommandLineOption_s *option = findOption(arg)) {
+            const char *value = nullptr;
+            if (option->TakesValue) {
+                if (i + 1 >= argc) {
+                    ErrMsg("%s", option->MissingValueMessage);
+                    *ok = false;
+                    break;
+                }
+                value = argv[++i];
+            }
+            if (option->PreScan || option->Handler == nullptr) continue;  // done by the pre-scan, or no effect
+            if (!option->Handler(scan, value)) *ok = false;
+            continue;
+        }
+        size_t length = strlen(arg);
+        if (length > 3 && (HasSuffixIgnoringCase(arg, ".mcr") || HasSuffixIgnoringCase(arg, ".tcl"))) {
+            onMacroFile(scan, arg);
+            continue;
+        }
+        if (arg[0] == '-') {
+            ErrMsg("Unknown command line option: %s", arg);
+            *ok = false;
+            break;
+        }
+        if (!processFileArgument(scan, arg)) *ok = false;
+    }
+
+    if (*ok && scan.sawBatch) {
+        if (CommandLineState.MacroFileNames.empty()) {
+            ErrMsg("No macro file specified for batch mode");
+            *ok = false;
+            return;
+        }
+        InBatchMode = true;
+        GraphicsSuspended++;
+        WriteBatchLog = !scan.noBatchLog;
+        if (WriteBatchLog && !openBatchLog()) *ok = false;
+    }
+}
+
+bool OrvanexLaunchedWithMacro() { return CommandLineState.MacroWasNamed; }
+
+const char *GetSystemTempDir() { return getenv("TMPDIR"); }
+
+bool FindStartupFile(const std::string &name, const char *label, std::string *foundPath) {
+    std::vector<std::string> candidates{MakeAbsolutePath(name, StartupDirectory)};
+    if (!FileNameHasDirectory(name)) {
+        if (const char *home = getenv("HOME")) candidates.push_back(std::string(home) + "/." + name);
+        candidates.push_back(MakeAbsolutePath(name, OrvanexHomeDirectory));
+    }
+    for (const std::string &candidate : candidates) {
+        if (IsRegularFileOrOther(candidate)) {
+            printf("%-23s: %s\n", label, candidate.c_str());
+            fflush(stdout);
+            *foundPath = candidate;
+            return true;
+        }
+    }
+    return false;
+}
+
+namespace {
+
+// The one report after several command-line macros stopped before the last one finished.
+void reportMultiMacroStop(const std::vector<std::string> &files, size_t stoppedAt, bool byQuit) {
+    std::string text = byQuit ? "Orvanex encountered a $!QUIT command while processing multiple macro files "
+                                "loaded from the command line.\n"
+                              : "Orvanex was interrupted while processing multiple macro files loaded from the "
+                                "command line.\n";
+    if (stoppedAt > 0) {
+        text += "\nOrvanex successfully processed these files:\n";
+        for (size_t i = 0; i < stoppedAt; i++) text += "    " + files[i] + "\n";
+    }
+    text += "\nOrvanex was interrupted during this macro file:\n    " + files[stoppedAt] + "\n";
+    if (stoppedAt + 1 < files.size()) {
+        text += "\nThese files are left unprocessed:\n";
+        for (size_t i = stoppedAt + 1; i < files.size(); i++) text += "    " + files[i] + "\n";
+    }
+    ErrMsg("%s", text.c_str());
+}
+
+void runCommandLineMacros() {
+    const std::vector<std::string> &files = CommandLineState.MacroFileNames;
+    for (size_t i = 0; i < files.size(); i++) {
+        bool ok = Action_RunMacro(files[i].c_str());
+        bool last = i + 1 == files.size();
+        if (ok && !OrvanexIsQuitting && !Interrupted && !DebugPlay) continue;
+        if (DebugPlay) return;
+        // A failed macro counts as an interruption. $!QUIT or a failure in the last file ends the
+        // list quietly; a user interrupt in the last file is still worth telling.
+        bool byQuit = ok && OrvanexIsQuitting;
+        bool userInterrupt = ok && Interrupted;
+        if (files.size() > 1 && (!last || userInterrupt)) reportMultiMacroStop(files, i, byQuit);
+        return;
+    }
+}
+
+}  // namespace
+
+void ProcessCommandlineStartupOptions() {
+    CommandLineState_s &state = CommandLineState;
+    if (!state.DataSetInstructions.empty() && !state.LayoutWasNamed) {
+        StringList_s *instructions = StringListFromCompound(state.DataSetInstructions.c_str());
+        if (instructions == nullptr)
+            ErrMsg("Unable to process command line data set instructions.");
+        else
+            Action_ReadDataSet(instructions, state.DataSetReaderName);
+        StringListDealloc(&instructions);
+    }
+    if (state.LayoutWasNamed) {
+        StringList_s *alternates = nullptr;
+        if (!state.DataSetInstructions.empty()) alternates = StringListFromCompound(state.DataSetInstructions.c_str());
+        Action_OpenLayout(LayoutFName, alternates);
+        StringListDealloc(&alternates);
+    }
+    if (!ColorFName.empty()) Action_LoadColorMap(ColorFName);
+    if (!StyleFName.empty()) Action_ReadStylesheet(StyleFName);
+    runCommandLineMacros();
+    if (!OrvanexIsQuitting && state.ShowQuickMacroPanel && !InBatchMode) OpenQuickMacroPanel();
+    // The lists are used once; the flags stay for OrvanexLaunchedWithMacro and the like.
+    state.DataSetInstructions.clear();
+    state.MacroFileNames.clear();
+    state.AddOnNames.clear();
+}

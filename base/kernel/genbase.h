@@ -1,0 +1,47 @@
+// GeneralBase: the root of the style tree, the settings that do not belong to a frame (limits,
+// interface switches, file names). GeneralFactoryDefaults holds the compiled-in values; GeneralBase
+// is what is in force (factory values, then the configuration file, then the command line).
+// The record is plain data read everywhere; the style language sets it field by field.
+#pragma once
+
+#include <string>
+
+struct GeneralBase_s {
+    // interface switches
+    bool Debug = false;          // PRINTDEBUG: echo actions and files opened to StdError
+    bool Trace = false;          // trace file opening
+    bool EnableWarnings = true;  // ENABLEWARNINGS
+    bool EnablePauses = true;    // ENABLEPAUSES: $!PAUSE and information boxes
+    bool EnableDelays = true;    // ENABLEDELAYS: $!DELAY
+    bool EnableInterrupts = true;
+    bool OkToExecuteSystemCommand = false;
+    int NumUndoLevels = 50;      // MAXNUMUNDOLEVELS
+
+    // limits
+    int MaxPtsInALine = 5000;         // MAXPTSINALINE
+    int MaxChrsInTextLabels = 1023;   // MAXCHRSINTEXTLABELS
+    int MaxNumPickObjects = 1500;     // MAXNUMPICKOBJECTS
+    int MaxNumContourLevels = 400;    // MAXNUMCONTOURLEVELS
+    int MaxAvailableProcessors = 0;   // MAXAVAILABLEPROCESSORS; 0 means ask the system
+
+    // files
+    std::string PrintFName;   // print file
+    std::string ExportFName;  // export file
+    bool PrintToFile = false;
+    std::string TempFilePath; // TEMPFILEPATH; empty means none configured
+
+    // file filters of the file dialogs
+    std::string DataFileFilter, AsciiDataFileFilter, BinaryDataFileFilter, LayoutFileFilter,
+        InputLayoutFileFilter, LayoutPackageFileFilter, StyleFileFilter, MacroFileFilter,
+        EquationFileFilter, ImageFileFilter, ColorMapFileFilter;
+};
+
+extern GeneralBase_s GeneralFactoryDefaults;
+extern GeneralBase_s GeneralBase;
+
+// Fills GeneralFactoryDefaults with the compiled-in values.
+void FillGeneralFactoryDefaults();
+// Sets the file names and filters of both copies, names made absolute against the start directory.
+void InitializeGeneralFileNameDefaults(const std::string &startupDirectory);
+// The values a current installation uses in place of the factory ones; changes GeneralBase only.
+void ModernizeGeneralBaseDefaults();

@@ -1,0 +1,87 @@
+#include "base/kernel/seams.h"
+
+#include "base/kernel/errors.h"
+
+bool MemMapInitialize() { return true; }
+void InitializeInternalMacroSettings() {}
+void RegisterBuiltInDataSetReaders() {}
+void ClearExtendedCurveFits() {}
+void InitRawUserColorMap() {}
+void ResetStateChangeState() {}
+bool OnIdleQueueInit() { return true; }
+void InitializeAddOnVars() {}
+void InitializeInterfaceAttributes() {}
+void InitializeFrameFactoryDefaults() {}
+void InitializeNonconfigurableInputSpecs() {}
+bool AllocBaseFrameAttributePointers() { return true; }
+void ModernizeFrameDefaults() {}
+void InitCZData() {}
+void InitCZInfo() {}
+void InitLineMapInfo() {}
+bool InitMacros() { return true; }
+bool UndoStateInitialize() { return true; }
+bool Thread_Init() { return true; }
+bool ThreadPoolInit() { return true; }
+bool ThreadPoolCreate() { return true; }
+bool CreateStandardThreadPoolWorkers() { return true; }
+void DataLoadValidateThresholdValues(bool) {}
+void PushPaperView() {}
+void SaveInitialWorkspaceSettings() {}
+bool ReadInInternalFont() { return true; }
+void SetInputCheckBounds() {}
+bool CreateNewFrame() { return true; }
+
+void RegisterSidebarStateChangeMonitor() {}
+void ConfigureInterfaceLayout() {}
+void InitializeWorkArea() {}
+void InitializeMainMenu() {}
+void SetMainWindowTitle() {}
+bool ReadInQuickMacros(bool) { return true; }
+void MarkLayoutClean() {}
+void BroadcastStartupCompleted() {}
+bool OpenQuickMacroPanel() { return true; }
+
+bool Action_ReadDataSet(const StringList_s *, const std::string &) {
+    ErrMsg("Reading data sets is not available in this version of Orvanex.");
+    return false;
+}
+
+bool Action_OpenLayout(const std::string &, const StringList_s *) {
+    ErrMsg("Opening layout files is not available in this version of Orvanex.");
+    return false;
+}
+
+bool Action_LoadColorMap(const std::string &) {
+    ErrMsg("Loading color map files is not available in this version of Orvanex.");
+    return false;
+}
+
+bool Action_ReadStylesheet(const std::string &) {
+    ErrMsg("Reading stylesheets is not available in this version of Orvanex.");
+    return false;
+}
+
+bool Action_LoadAddOn(const std::string &addOnName) {
+    ErrMsg("Cannot load add-on %s: add-ons are not available in this version of Orvanex.", addOnName.c_str());
+    return false;
+}
+
+bool RunAddOnListFile(const std::string &) { return true; }
+
+void FinishExportRecording() {}
+void EndUnstableMouseMode() {}
+void NewLayout() {}
+void InvalidateUndo() {}
+void BroadcastQuit(int) {}
+void StopMacroRecording() {}
+void FreeExtraMapData() {}
+void OnIdleQueueCleanup() {}
+void TurnOffStateChangeNotification() {}
+void DeleteAllFrames() {}
+void ReleaseDisplayLists() {}
+void DeleteOrvanexInternalsPending() {}
+void MopupAddOns() {}
+void ThreadPoolFree() {}
+void MemMapFinalize() {}
+void ThreadPoolCleanup() {}
+void Thread_Cleanup() {}

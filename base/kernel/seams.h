@@ -1,0 +1,77 @@
+// Steps of start-up and shutdown that belong to subsystems not built yet. Each has the name of the
+// step it stands for, succeeds and does nothing; a step moves to its own module when that
+// subsystem lands. Facilities a user can ask for by name (reading data, layouts, stylesheets,
+// color maps, add-ons) say once that they are not available, and start-up goes on.
+#pragma once
+
+#include <string>
+
+struct StringList_s;
+
+// start-up, phase 1
+bool MemMapInitialize();
+void InitializeInternalMacroSettings();
+void RegisterBuiltInDataSetReaders();
+void ClearExtendedCurveFits();
+void InitRawUserColorMap();
+void ResetStateChangeState();
+bool OnIdleQueueInit();
+void InitializeAddOnVars();
+void InitializeInterfaceAttributes();
+void InitializeFrameFactoryDefaults();
+void InitializeNonconfigurableInputSpecs();
+bool AllocBaseFrameAttributePointers();
+void ModernizeFrameDefaults();
+void InitCZData();
+void InitCZInfo();
+void InitLineMapInfo();
+bool InitMacros();
+bool UndoStateInitialize();
+bool Thread_Init();
+bool ThreadPoolInit();
+bool ThreadPoolCreate();
+bool CreateStandardThreadPoolWorkers();
+void DataLoadValidateThresholdValues(bool showErrors);
+void PushPaperView();
+void SaveInitialWorkspaceSettings();
+bool ReadInInternalFont();
+void SetInputCheckBounds();
+bool CreateNewFrame();
+
+// start-up, phase 4
+void RegisterSidebarStateChangeMonitor();
+void ConfigureInterfaceLayout();
+void InitializeWorkArea();
+void InitializeMainMenu();
+void SetMainWindowTitle();
+bool ReadInQuickMacros(bool userNamedFile);
+void MarkLayoutClean();
+void BroadcastStartupCompleted();
+bool OpenQuickMacroPanel();
+
+// the command-line start-up actions
+bool Action_ReadDataSet(const StringList_s *instructions, const std::string &readerName);
+bool Action_OpenLayout(const std::string &layoutFileName, const StringList_s *alternateDataFiles);
+bool Action_LoadColorMap(const std::string &fileName);
+bool Action_ReadStylesheet(const std::string &fileName);
+bool Action_LoadAddOn(const std::string &addOnName);
+bool RunAddOnListFile(const std::string &fileName);
+
+// shutdown
+void FinishExportRecording();
+void EndUnstableMouseMode();
+void NewLayout();
+void InvalidateUndo();
+void BroadcastQuit(int exitCode);
+void StopMacroRecording();
+void FreeExtraMapData();
+void OnIdleQueueCleanup();
+void TurnOffStateChangeNotification();
+void DeleteAllFrames();
+void ReleaseDisplayLists();
+void DeleteOrvanexInternalsPending();
+void MopupAddOns();
+void ThreadPoolFree();
+void MemMapFinalize();
+void ThreadPoolCleanup();
+void Thread_Cleanup();

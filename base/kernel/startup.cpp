@@ -1,0 +1,307 @@
+// The spine of the process. q_main runs InitOrvanex, UIInitialize, InitializeGraphicsCallbacks and
+// StartUp, each only if the one before succeeded; then the run loop unless in batch mode; then,
+// always, InitiateShutdown and FinalizeShutdown. The order of the steps inside each phase is fixed:
+// the configuration file is read with the base frame up but before the command line is scanned,
+// the workers of the thread pool come after the configuration file, and threads go last of all.
+#include "base/kernel/startup.h"
+
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <unistd.h>
+
+#include "base/interact/fileio.h"
+#include "base/interact/inet.h"
+#include "base/kernel/alloc.h"
+#include "base/kernel/cmdline.h"
+#include "base/kernel/errors.h"
+#include "base/kernel/genbase.h"
+#include "base/kernel/globals.h"
+#include "base/kernel/paths.h"
+#include "base/kernel/phyfile.h"
+#include "base/kernel/scratch.h"
+#include "base/kernel/seams.h"
+#include "base/kernel/strutil.h"
+#include "base/kernel/tempdir.h"
+#include "base/kernel/version.h"
+#include "base/macro/macro1.h"
+
+namespace {
+
+int OrvanexExitCode = 1;  // a start-up that fails, or Action_Quit(false), ends with 1
+std::string rememberedSystemTempDir;
+
+void FinalOrvanexCode() {
+    if (MemoryStatisticsOn) PrintAllocStats();
+}
+
+std::string currentStartupDirectory() {
+    const char *pwd = getenv("PWD");
+    if (pwd != nullptr && pwd[0] == '/') return pwd;
+    char buffer[PATH_MAX];
+    if (getcwd(buffer, sizeof(buffer)) != nullptr) return buffer;
+    return "/";
+}
+
+void InitializeHelp() {
+    if (OrvanexHomeDirectory.size() >= 239) {
+        ErrMsg("Unable to attach to help engine. Orvanex HOME Directory too many levels deep.");
+        return;
+    }
+    if (setenv("HHHOME", (OrvanexHomeDirectory + "/help").c_str(), 1) != 0)
+        ErrMsg("Unable to attach to help engine");
+}
+
+bool Gr_Init() {
+    if (!AllocPointBuffer()) return false;
+    LoadPhysicalDisplayFile();
+    GraphicsAreInitialized = true;
+    return true;
+}
+
+void Gr_Mopup() {
+    if (InBatchMode) return;
+    PhysicalDisplay.WorkAreaWidth = WorkAreaWidth;
+    PhysicalDisplay.WorkAreaHeight = WorkAreaHeight;
+    PhysicalDisplay.DotsPerCmX = DotsPerCmX;
+    PhysicalDisplay.DotsPerCmY = DotsPerCmY;
+    WritePhysicalDisplayFile(PhysicalDisplayFileName(), PhysicalDisplay);
+}
+
+void InitializeAddOns() {
+    std::string standardFile;
+    bool ranStandard = false;
+    if (CommandLineState.LoadStandardAddOns && FindStartupFile("orvanex.add", "Addon Startup File", &standardFile)) {
+        IsProcessingDotAddFile = true;
+        RunAddOnListFile(standardFile);
+        IsProcessingDotAddFile = false;
+        ranStandard = true;
+    }
+    for (const std::string &addOn : CommandLineState.AddOnNames) Action_LoadAddOn(addOn);
+
+    std::string listFile = CommandLineState.AddOnFileName;
+    const char *message = "Cannot open addon file %s";
+    if (listFile.empty()) {
+        const char *env = getenv("ORVADDONFILE");
+        if (env == nullptr || env[0] == '\0') return;
+        listFile = env;
+        message = "Cannot open addon file %s. Check ORVADDONFILE environment variable.";
+    }
+    std::string found;
+    if (!FindStartupFile(listFile, "Addon Startup File", &found)) {
+        ErrMsg(message, listFile.c_str());
+        return;
+    }
+    if (ranStandard && found == standardFile) return;
+    IsProcessingDotAddFile = true;
+    RunAddOnListFile(found);
+    IsProcessingDotAddFile = false;
+}
+
+}  // namespace
+
+void SetOrvanexExitCode(int exitCode) { OrvanexExitCode = exitCode; }
+int GetOrvanexExitCode() { return OrvanexExitCode; }
+
+void ReadInConfigFile() {
+    std::string path;
+    if (!FindStartupFile(ConfigFName, "Configuration File", &path)) {
+        Warning("Configuration file is missing.  Using factory defaults.");
+        return;
+    }
+    ConfigFName = path;
+    FILE *file = nullptr;
+    if (!Open_File(&file, path.c_str(), true, false, false, true, true)) return;
+    int version = 0;
+    bool haveVersion = GetFileMagic(file, "MC", &version);
+    Close_File(&file, false);
+    if (!haveVersion)
+        ErrMsg("Bad header in configuration file.  Using factory defaults.");
+    else if (version < MacroVersionOldest)
+        ErrMsg("Configuration file is out of date.  Using factory defaults.");
+    else if (version > MacroVersionCurrent)
+        ErrMsg("Configuration file is for a newer version of Orvanex.  Using factory defaults.");
+    // A good file's commands run once the macro language can run them.
+}
+
+bool InitOrvanex(int argc, char **argv) {
+    bool ok = true;
+    // 1-3: memory-map bookkeeping, version banner, exit hook
+    ok = MemMapInitialize();
+    GraphicsAreInitialized = false;
+    InitializeInternalMacroSettings();
+    srand(1);
+    Initializing();
+    if (atexit(FinalOrvanexCode) != 0) {
+        fprintf(stderr, "Cannot register FinalOrvanexCode function in atexit\n");
+        ok = false;
+    }
+    // 4: kernel globals
+    ResetKernelGlobals();
+    StartupDirectory = currentStartupDirectory();
+    // 5-8: readers, factory defaults, idle queue
+    RegisterBuiltInDataSetReaders();
+    ClearExtendedCurveFits();
+    InitRawUserColorMap();
+    FillGeneralFactoryDefaults();
+    ResetStateChangeState();
+    if (ok) ok = OnIdleQueueInit();
+    InitializeAddOnVars();
+    GeneralBase = GeneralFactoryDefaults;
+    // 9-12: file names, frame defaults, the base frame, modern values
+    InitializeGeneralFileNameDefaults(StartupDirectory);
+    InitializeInterfaceAttributes();
+    InitializeFrameFactoryDefaults();
+    InitializeNonconfigurableInputSpecs();
+    DotsPerCmX = DotsPerCmY = 38.0;
+    if (ok) ok = AllocBaseFrameAttributePointers();
+    ModernizeGeneralBaseDefaults();
+    ModernizeFrameDefaults();
+    // 13-15
+    const char *systemTemp = GetSystemTempDir();
+    rememberedSystemTempDir = systemTemp != nullptr ? systemTemp : "";
+    INetInitialize();
+    InitCZData();
+    InitCZInfo();
+    InitLineMapInfo();
+    if (ok) ok = InitMacros();
+    if (ok && GeneralBase.NumUndoLevels != 0) ok = UndoStateInitialize();
+    if (ok) ok = Thread_Init() && ThreadPoolInit() && ThreadPoolCreate();
+    // 16-20: environment, pre-scan, configuration file, workers, the option scan
+    ProcessEnvironmentVariables();
+    PreScanCommandLine(argc, argv, &ok);
+    if (ok) ReadInConfigFile();
+    if (ok) ok = CreateStandardThreadPoolWorkers();
+    DataLoadValidateThresholdValues(false);
+    if (ok) ProcessCommandLineOptions(argc, argv, &ok);
+    // 21-22: help, paper, workspace, temp directory, paste buffer
+    if (ok) {
+        InitializeHelp();
+        PushPaperView();
+        SaveInitialWorkspaceSettings();
+        ok = InitializeTempDirectory(rememberedSystemTempDir);
+        if (ok) ok = CreatePasteBufferFile();
+    }
+    rememberedSystemTempDir.clear();
+    if (!ok) return false;
+    // 23-25: font, input bounds, the first frame
+    if (!ReadInInternalFont()) return false;
+    SetInputCheckBounds();
+    return CreateNewFrame();
+}
+
+bool UIInitialize(int, char **) {
+    if (InBatchMode) return true;
+    if (X_DisplayString.empty()) {
+        fprintf(stderr, "Cannot open display.\n");
+        return false;
+    }
+    ErrMsg("The Orvanex window is not available in this version; run macros in batch mode with -b.");
+    return false;
+}
+
+bool InitializeGraphicsCallbacks() { return true; }
+
+bool StartUp(int, char **) {
+    if (!Gr_Init() || !InitializeScratchSpace()) return false;
+    RegisterSidebarStateChangeMonitor();
+    ConfigureInterfaceLayout();
+
+    if (!X_DisplayString.empty()) printf("%-23s: %s\n", "Orvanex displayed on", X_DisplayString.c_str());
+    printf("%-23s: %s\n", "Orvanex executable", OrvanexExePath.c_str());
+    printf("%-23s: %s\n", "Orvanex Home Directory", OrvanexHomeDirectory.c_str());
+    fflush(stdout);
+
+    InitializeWorkArea();
+    InitializeMainMenu();
+    SetMainWindowTitle();
+    ReadInQuickMacros(CommandLineState.UserNamedQuickMacroFile);
+    InitializeAddOns();
+
+    OrvanexIsInitialized = true;
+    ProcessCommandlineStartupOptions();
+    MarkLayoutClean();
+    if (!InBatchMode) BroadcastStartupCompleted();
+    return true;
+}
+
+void RunOrvanex() {
+    // The window and its event loop are not part of this build; UIInitialize refuses an
+    // interactive start, so there are no events to wait for.
+    while (!OrvanexIsQuitting) InitiateShutdown(true);
+}
+
+void InitiateShutdown(bool isOk) {
+    if (OrvanexIsQuitting) return;
+    if (OrvanexIsInitialized) {
+        FinishExportRecording();
+        EndUnstableMouseMode();
+        NewLayout();
+        InvalidateUndo();
+        if (isOk) SetOrvanexExitCode(0);
+        BroadcastQuit(GetOrvanexExitCode());
+        StopMacroRecording();
+    }
+    OrvanexIsQuitting = true;
+}
+
+void Action_Quit(bool isOk) { InitiateShutdown(isOk); }
+
+void MopupAuxFiles() {
+    if (BatchFile != nullptr) {
+        fclose(BatchFile);
+        BatchFile = nullptr;
+    }
+    if (StdError != nullptr && StdError != stderr && StdError != stdout) fclose(StdError);
+    StdError = stderr;
+}
+
+void FinalizeShutdown() {
+    FreeExtraMapData();
+    FinishExportRecording();
+    bool graphicsWereUp = GraphicsAreInitialized;
+    GraphicsAreInitialized = false;
+    StopMacroRecording();
+    OnIdleQueueCleanup();
+    TurnOffStateChangeNotification();
+    DeleteAllFrames();
+    ReleaseDisplayLists();
+    if (graphicsWereUp) Gr_Mopup();
+
+    // DeleteOrvanexInternals
+    FreeScratchSpace();
+    DeletePasteBufferFile();
+    DeleteOrvanexInternalsPending();
+    INetFinalize();
+    MopupAuxFiles();
+
+    MopupAddOns();
+    FormatStringBufferCleanup();
+    RemoveTempDirectory();
+
+    ThreadPoolFree();
+    MemMapFinalize();
+    ThreadPoolCleanup();
+    Thread_Cleanup();
+}
+
+void OrvanexMopupOnAssert() {
+    static bool mopped = false;
+    if (mopped) return;
+    mopped = true;
+    if (!InBatchMode && GraphicsAreInitialized)
+        ProcessMessageBoxModalDialog("An assertion failure has occurred in orvanex.\nDo you want to save the current "
+                                     "layout to \"crash.lpk\"\nin the orvanex startup directory?",
+                                     MessageBox_YesNo);
+    MopupAuxFiles();
+}
+
+extern "C" int q_main(int argc, char **argv) {
+    bool startedOk = InitOrvanex(argc, argv) && UIInitialize(argc, argv) && InitializeGraphicsCallbacks() &&
+                     StartUp(argc, argv);
+    if (startedOk && !InBatchMode) RunOrvanex();
+    InitiateShutdown(startedOk);
+    FinalizeShutdown();
+    return GetOrvanexExitCode();
+}
