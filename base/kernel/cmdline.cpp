@@ -284,6 +284,23 @@ bool processFileArgument(ScanContext &scan, const char *arg) {
     return true;
 }
 
+// argv[0] made absolute: a bare name is looked up in PATH as the shell did.
+std::string executablePath(const char *argv0) {
+    if (strchr(argv0, '/') != nullptr) return absolute(argv0);
+    const char *path = getenv("PATH");
+    std::string dirs = path != nullptr ? path : "";
+    size_t start = 0;
+    while (start <= dirs.size()) {
+        size_t colon = dirs.find(':', start);
+        std::string dir = dirs.substr(start, colon == std::string::npos ? std::string::npos : colon - start);
+        std::string candidate = MakeAbsolutePath(argv0, absolute(dir.empty() ? "." : dir.c_str()));
+        if (access(candidate.c_str(), X_OK) == 0 && !IsDirectory(candidate)) return candidate;
+        if (colon == std::string::npos) break;
+        start = colon + 1;
+    }
+    return absolute(argv0);
+}
+
 bool openBatchLog() {
     const char *envName = getenv("BATCHLOGFILE");
     std::string logName = envName != nullptr ? envName : "";
@@ -329,7 +346,7 @@ void PreScanCommandLine(int argc, char **argv, bool *ok) {
     CommandLineState.DataSetReaderName = BaseDataSetReaderName;
     const char *display = getenv("DISPLAY");
     X_DisplayString = display != nullptr ? display : "";
-    OrvanexExePath = argc > 0 ? absolute(argv[0]) : std::string();
+    OrvanexExePath = argc > 0 ? executablePath(argv[0]) : std::string();
 
     ScanContext scan{argc, argv};
     for (int i = 1; i < argc && *ok; i++) {

@@ -36,7 +36,6 @@ void ConfigureInterfaceLayout() {}
 void InitializeWorkArea() {}
 void InitializeMainMenu() {}
 void SetMainWindowTitle() {}
-bool ReadInQuickMacros(bool) { return true; }
 void MarkLayoutClean() {}
 void BroadcastStartupCompleted() {}
 bool OpenQuickMacroPanel() { return true; }

@@ -44,7 +44,6 @@ void ConfigureInterfaceLayout();
 void InitializeWorkArea();
 void InitializeMainMenu();
 void SetMainWindowTitle();
-bool ReadInQuickMacros(bool userNamedFile);
 void MarkLayoutClean();
 void BroadcastStartupCompleted();
 bool OpenQuickMacroPanel();

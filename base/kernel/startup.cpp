@@ -26,6 +26,7 @@
 #include "base/kernel/tempdir.h"
 #include "base/kernel/version.h"
 #include "base/macro/macro1.h"
+#include "ui/uimain.h"
 
 namespace {
 
@@ -111,11 +112,9 @@ void ReadInConfigFile() {
         return;
     }
     ConfigFName = path;
-    FILE *file = nullptr;
-    if (!Open_File(&file, path.c_str(), true, false, false, true, true)) return;
     int version = 0;
-    bool haveVersion = GetFileMagic(file, "MC", &version);
-    Close_File(&file, false);
+    if (!ReadMacroFileVersion(path.c_str(), &version)) return;
+    bool haveVersion = version >= 0;
     if (!haveVersion)
         ErrMsg("Bad header in configuration file.  Using factory defaults.");
     else if (version < MacroVersionOldest)
@@ -191,16 +190,6 @@ bool InitOrvanex(int argc, char **argv) {
     return CreateNewFrame();
 }
 
-bool UIInitialize(int, char **) {
-    if (InBatchMode) return true;
-    if (X_DisplayString.empty()) {
-        fprintf(stderr, "Cannot open display.\n");
-        return false;
-    }
-    ErrMsg("The Orvanex window is not available in this version; run macros in batch mode with -b.");
-    return false;
-}
-
 bool InitializeGraphicsCallbacks() { return true; }
 
 bool StartUp(int, char **) {
@@ -216,7 +205,7 @@ bool StartUp(int, char **) {
     InitializeWorkArea();
     InitializeMainMenu();
     SetMainWindowTitle();
-    ReadInQuickMacros(CommandLineState.UserNamedQuickMacroFile);
+    ReadInQuickMacros(QuickMacroFName, CommandLineState.UserNamedQuickMacroFile);
     InitializeAddOns();
 
     OrvanexIsInitialized = true;

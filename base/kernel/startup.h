@@ -5,7 +5,6 @@
 extern "C" int q_main(int argc, char **argv);
 
 bool InitOrvanex(int argc, char **argv);
-bool UIInitialize(int argc, char **argv);
 bool InitializeGraphicsCallbacks();
 bool StartUp(int argc, char **argv);
 void RunOrvanex();

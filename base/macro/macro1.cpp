@@ -5,6 +5,7 @@
 #include <string>
 
 #include "base/interact/fileio.h"
+#include "base/kernel/cmdline.h"
 #include "base/kernel/errors.h"
 #include "base/kernel/paths.h"
 
@@ -14,6 +15,14 @@ bool GetFileMagic(FILE *file, const char *magic, int *version) {
     size_t magicLength = strlen(magic);
     if (line[0] != '#' || line[1] != '!' || strncmp(line + 2, magic, magicLength) != 0) return false;
     return sscanf(line + 2 + magicLength, "%d", version) == 1;
+}
+
+bool ReadMacroFileVersion(const char *fileName, int *version) {
+    FILE *file = nullptr;
+    if (!Open_File(&file, fileName, true, false, false, true, true)) return false;
+    if (!GetFileMagic(file, "MC", version)) *version = -1;
+    Close_File(&file, false);
+    return true;
 }
 
 bool MacroHeaderOk(int version) { return version >= MacroVersionOldest && version <= MacroVersionCurrent; }
@@ -27,11 +36,23 @@ bool Action_RunMacro(const char *fileName) {
                fileName, extension);
         return false;
     }
-    FILE *file = nullptr;
-    if (!Open_File(&file, fileName, true, false, false, true, true)) return false;
     int version = 0;
-    bool ok = GetFileMagic(file, "MC", &version) && MacroHeaderOk(version);
-    Close_File(&file, true);
+    if (!ReadMacroFileVersion(fileName, &version)) return false;
+    bool ok = MacroHeaderOk(version);
     if (!ok) ErrMsg("Invalid Macro file header");
+    return ok;
+}
+
+bool ReadInQuickMacros(const std::string &fileName, bool userNamedFile) {
+    std::string path;
+    if (!FindStartupFile(fileName, "QuickMacro File", &path)) {
+        if (userNamedFile) Warning("Cannot open quick macro file.");
+        return true;
+    }
+    int version = 0;
+    if (!ReadMacroFileVersion(path.c_str(), &version)) return false;
+    bool ok = MacroHeaderOk(version);
+    if (!ok) ErrMsg("Invalid Macro file header");
+    // The definitions it holds take effect once macro functions can run.
     return ok;
 }
