@@ -4,11 +4,11 @@
 // them in only when every copy succeeded, so running out of memory never leaves half a record.
 #include "base/interact/url.h"
 
-#include <cassert>
 #include <cstdio>
 #include <cstring>
 
 #include "base/kernel/alloc.h"
+#include "base/kernel/orvassert.h"
 
 namespace {
 
@@ -156,7 +156,7 @@ void freeParts(URL_s *url) {
 // Checks and decodes the text [start, end) into *part. An empty text leaves *part null and is
 // accepted here; each caller applies its own rule about empty parts.
 bool decodePart(const char *start, const char *end, const char *extraSafe, char **part) {
-    assert(*part == nullptr && "Pre-condition: part not yet set");
+    REQUIRE(*part == nullptr);
     size_t length = static_cast<size_t>(end - start);
     if (length == 0) return true;
     if (!URLEncodingIsValid(start, length, extraSafe)) return false;
@@ -300,7 +300,7 @@ URL_s *URLAlloc(const char *text) {
 }
 
 void URLDealloc(URL_s **url) {
-    assert(url != nullptr && "Pre-condition: address of a record pointer");
+    REQUIRE(url != nullptr);
     if (*url == nullptr) return;
     freeParts(*url);
     newfree(*url);
@@ -319,7 +319,7 @@ URL_s *URLCopy(const URL_s *url) {
 }
 
 bool URLSet(URL_s *url, const char *text) {
-    assert(url != nullptr && "Pre-condition: a record");
+    REQUIRE(url != nullptr);
     URL_s *parsed = URLAlloc(text);
     if (parsed == nullptr) return false;
     freeParts(url);
@@ -338,7 +338,7 @@ bool URLSetParts(URL_s *url,
                  const char *path,
                  const char *query,
                  const char *reference) {
-    assert(url != nullptr && "Pre-condition: a record");
+    REQUIRE(url != nullptr);
     bool ok = true;
     URL_s parts{};
     parts.Scheme = copyPart(scheme, &ok);
@@ -362,7 +362,7 @@ bool URLSetParts(URL_s *url,
 }
 
 bool URLSetUserNameAndPassword(URL_s *url, const char *userName, const char *password) {
-    assert(url != nullptr && "Pre-condition: a record");
+    REQUIRE(url != nullptr);
     bool ok = true;
     OwnedText newUserName(copyPart(userName, &ok));
     OwnedText newPassword(copyPart(password, &ok));
@@ -375,7 +375,7 @@ bool URLSetUserNameAndPassword(URL_s *url, const char *userName, const char *pas
 }
 
 bool URLSetPort(URL_s *url, const int32_t *port) {
-    assert(url != nullptr && "Pre-condition: a record");
+    REQUIRE(url != nullptr);
     bool ok = true;
     int32_t *newPort = copyPort(port, &ok);
     if (!ok) return false;
@@ -385,7 +385,7 @@ bool URLSetPort(URL_s *url, const int32_t *port) {
 }
 
 bool URLSetReference(URL_s *url, const char *reference) {
-    assert(url != nullptr && "Pre-condition: a record");
+    REQUIRE(url != nullptr);
     bool ok = true;
     char *newReference = copyPart(reference, &ok);
     if (!ok) return false;
@@ -397,50 +397,50 @@ bool URLSetReference(URL_s *url, const char *reference) {
 // Out of memory and an absent part both give null; the callers of the accessors treat a missing
 // part and a failed copy alike, as "not available".
 char *URLGetScheme(const URL_s *url) {
-    assert(url != nullptr && "Pre-condition: a record");
+    REQUIRE(url != nullptr);
     bool ok = true;
     return copyPart(url->Scheme, &ok);
 }
 
 char *URLGetUserName(const URL_s *url) {
-    assert(url != nullptr && "Pre-condition: a record");
+    REQUIRE(url != nullptr);
     bool ok = true;
     return copyPart(url->UserName, &ok);
 }
 
 char *URLGetPassword(const URL_s *url) {
-    assert(url != nullptr && "Pre-condition: a record");
+    REQUIRE(url != nullptr);
     bool ok = true;
     return copyPart(url->Password, &ok);
 }
 
 char *URLGetHostName(const URL_s *url) {
-    assert(url != nullptr && "Pre-condition: a record");
+    REQUIRE(url != nullptr);
     bool ok = true;
     return copyPart(url->HostName, &ok);
 }
 
 bool URLGetPort(const URL_s *url, int32_t *port) {
-    assert(url != nullptr && port != nullptr && "Pre-condition: a record and a place for the port");
+    REQUIRE(url != nullptr && port != nullptr);
     if (url->Port == nullptr) return false;
     *port = *url->Port;
     return true;
 }
 
 char *URLGetPath(const URL_s *url) {
-    assert(url != nullptr && "Pre-condition: a record");
+    REQUIRE(url != nullptr);
     bool ok = true;
     return copyPart(url->Path, &ok);
 }
 
 char *URLGetQuery(const URL_s *url) {
-    assert(url != nullptr && "Pre-condition: a record");
+    REQUIRE(url != nullptr);
     bool ok = true;
     return copyPart(url->Query, &ok);
 }
 
 char *URLGetReference(const URL_s *url) {
-    assert(url != nullptr && "Pre-condition: a record");
+    REQUIRE(url != nullptr);
     bool ok = true;
     return copyPart(url->Reference, &ok);
 }
@@ -491,7 +491,7 @@ char *URLGetEncodedName(const URL_s *url,
                         bool withPort,
                         bool withQuery,
                         bool withReference) {
-    assert(url != nullptr && "Pre-condition: a record");
+    REQUIRE(url != nullptr);
     if (url->Scheme == nullptr) return nullptr;
 
     bool ok = true;
@@ -549,13 +549,13 @@ char *URLGetEncodedName(const URL_s *url,
         text.Append("#");
         text.Append(reference.Get());
     }
-    assert(text.Used() == length && "Check: the printed length was computed exactly");
+    CHECK(text.Used() == length);
     return buffer;
 }
 
 char *URLEncodeString(const char *text, size_t length, const char *extraSafe) {
-    assert((text != nullptr || length == 0) && "Pre-condition: a text");
-    assert(length <= (static_cast<size_t>(-1) - 1) / 3 && "Pre-condition: text length");
+    REQUIRE((text != nullptr || length == 0));
+    REQUIRE(length <= (static_cast<size_t>(-1) - 1) / 3);
     static const char hexDigits[] = "0123456789abcdef";
     auto *encoded = static_cast<char *>(newmalloc(3 * length + 1));
     if (encoded == nullptr) return nullptr;
@@ -577,7 +577,7 @@ char *URLEncodeString(const char *text, size_t length, const char *extraSafe) {
 }
 
 char *URLDecodeString(const char *text, size_t length) {
-    assert((text != nullptr || length == 0) && "Pre-condition: a text");
+    REQUIRE((text != nullptr || length == 0));
     // Decoding never lengthens a text, so the input length bounds the output.
     OwnedText decoded(static_cast<char *>(newmalloc(length + 1)));
     if (decoded.Get() == nullptr) return nullptr;
@@ -603,7 +603,7 @@ char *URLDecodeString(const char *text, size_t length) {
 }
 
 bool URLEncodingIsValid(const char *text, size_t length, const char *extraSafe) {
-    assert((text != nullptr || length == 0) && "Pre-condition: a text");
+    REQUIRE((text != nullptr || length == 0));
     for (size_t i = 0; i < length; ++i) {
         auto c = static_cast<unsigned char>(text[i]);
         if (isSafeChar(c) || isExtraSafeChar(c, extraSafe)) continue;

@@ -4,10 +4,10 @@
 // Relies on: arrlist, strutil, alloc.
 #include "base/kernel/arglist.h"
 
-#include <cassert>
 
 #include "base/kernel/alloc.h"
 #include "base/kernel/arrlist.h"
+#include "base/kernel/orvassert.h"
 #include "base/kernel/strutil.h"
 
 struct ArgList_s {
@@ -34,7 +34,7 @@ void freeStringValues(ArgList_s *argList) {
 }
 
 bool append(ArgList_s *argList, const char *name, ArrayListType_e kind, ArrayListItem_u value) {
-    assert(ArgListIsValid(argList) && name != nullptr && "Pre-condition");
+    REQUIRE(ArgListIsValid(argList) && name != nullptr);
     LgIndex_t needed = argList->names->count + 1;
     // Room in all four lists first, so that the appends below cannot fail half way.
     if (!ArrayListEnlargeCapacity(argList->names, needed) || !ArrayListEnlargeCapacity(argList->kinds, needed) ||
@@ -57,13 +57,13 @@ bool append(ArgList_s *argList, const char *name, ArrayListType_e kind, ArrayLis
     accessedItem.Boolean = false;
     bool isOk = ArrayListAppendItem(argList->names, nameItem) && ArrayListAppendItem(argList->kinds, kindItem) &&
                 ArrayListAppendItem(argList->values, value) && ArrayListAppendItem(argList->accessed, accessedItem);
-    assert(isOk && "Check");
+    CHECK(isOk);
     return isOk;
 }
 
 // Finds the first argument of that name and checks its kind; a found one is marked as read.
 ArgListGetResult_e find(ArgList_s *argList, const char *name, ArrayListType_e kind, ArrayListItem_u *value) {
-    assert(ArgListIsValid(argList) && name != nullptr && value != nullptr && "Pre-condition");
+    REQUIRE(ArgListIsValid(argList) && name != nullptr && value != nullptr);
     for (LgIndex_t i = 0; i < argList->names->count; i++) {
         if (ustrcmp(ArrayListGetItem(argList->names, i).CharPtr, name) != 0) continue;
         if (ArrayListGetItem(argList->kinds, i).Int != kind) return ArgListGetResult_WrongKind;
@@ -93,7 +93,7 @@ ArgList_s *ArgListAlloc() {
 }
 
 void ArgListDealloc(ArgList_s **argList) {
-    assert(argList != nullptr && "Pre-condition");
+    REQUIRE(argList != nullptr);
     if (*argList == nullptr) return;
     if (ArgListIsValid(*argList)) freeStringValues(*argList);
     ArrayListDealloc(&(*argList)->names, charPtrDestructor, 0);
@@ -115,7 +115,7 @@ bool ArgListIsValid(const ArgList_s *argList) {
 }
 
 void ArgListClear(ArgList_s *argList) {
-    assert(ArgListIsValid(argList) && "Pre-condition");
+    REQUIRE(ArgListIsValid(argList));
     freeStringValues(argList);
     ArrayListDeleteAllItems(argList->names, charPtrDestructor, 0);
     ArrayListDeleteAllItems(argList->kinds, nullptr, 0);
@@ -124,12 +124,12 @@ void ArgListClear(ArgList_s *argList) {
 }
 
 LgIndex_t ArgListGetCount(const ArgList_s *argList) {
-    assert(ArgListIsValid(argList) && "Pre-condition");
+    REQUIRE(ArgListIsValid(argList));
     return argList->names->count;
 }
 
 LgIndex_t ArgListGetAccessCount(const ArgList_s *argList) {
-    assert(ArgListIsValid(argList) && "Pre-condition");
+    REQUIRE(ArgListIsValid(argList));
     LgIndex_t count = 0;
     for (LgIndex_t i = 0; i < argList->accessed->count; i++) {
         if (ArrayListGetItem(argList->accessed, i).Boolean) count++;

@@ -6,11 +6,11 @@
 #include "base/kernel/arrlist.h"
 
 #include <algorithm>
-#include <cassert>
 #include <cstdlib>
 #include <cstring>
 
 #include "base/kernel/alloc.h"
+#include "base/kernel/orvassert.h"
 
 static_assert(sizeof(ArrayListItem_u) == 8, "an item union is 8 bytes");
 
@@ -78,7 +78,7 @@ int qsortCompare(const void *item1, const void *item2) {
 }  // namespace
 
 int ArrayListItemSizeOfType(ArrayListType_e type) {
-    assert(type >= 0 && type < ArrayListNumTypes && "Pre-condition");
+    REQUIRE(type >= 0 && type < ArrayListNumTypes);
     return kItemSizes[type];
 }
 
@@ -94,9 +94,9 @@ LgIndex_t ArrayListDefaultCapacityCallback(const ArrayList_s * /*list*/, LgIndex
 
 ArrayList_s *ArrayListAlloc(LgIndex_t estimatedCapacity, ArrayListType_e type,
                             ArrayListCapacityCallback_pf capacityCallback, ArbParam_t clientData) {
-    assert(estimatedCapacity >= 0 && "Pre-condition");
-    assert(type >= 0 && type < ArrayListNumTypes && type != ArrayListType_ArbParam &&
-           type != ArrayListType_ArbParamPtr && "Pre-condition");
+    REQUIRE(estimatedCapacity >= 0);
+    REQUIRE(type >= 0 && type < ArrayListNumTypes && type != ArrayListType_ArbParam &&
+            type != ArrayListType_ArbParamPtr);
     auto *list = static_cast<ArrayList_s *>(newmalloc(sizeof(ArrayList_s)));
     if (list == nullptr) return nullptr;
     list->array = nullptr;
@@ -123,9 +123,9 @@ ArrayList_s *ArrayListAlloc(LgIndex_t estimatedCapacity, ArrayListType_e type,
 }
 
 void ArrayListDealloc(ArrayList_s **list, ArrayListItemDestructor_pf itemDestructor, ArbParam_t clientData) {
-    assert(list != nullptr && "Pre-condition");
+    REQUIRE(list != nullptr);
     if (*list == nullptr) return;
-    assert(ArrayListIsValid(*list) && "Pre-condition");
+    REQUIRE(ArrayListIsValid(*list));
     if (itemDestructor != nullptr) {
         for (LgIndex_t i = 0; i < (*list)->count; i++) itemDestructor(itemAddress(*list, i), clientData);
     }
@@ -141,17 +141,17 @@ bool ArrayListIsValid(const ArrayList_s *list) {
 }
 
 ArrayListType_e ArrayListGetType(const ArrayList_s *list) {
-    assert(ArrayListIsValid(list) && "Pre-condition");
+    REQUIRE(ArrayListIsValid(list));
     return list->type;
 }
 
 LgIndex_t ArrayListGetCount(const ArrayList_s *list) {
-    assert(ArrayListIsValid(list) && "Pre-condition");
+    REQUIRE(ArrayListIsValid(list));
     return list->count;
 }
 
 bool ArrayListEnlargeCapacity(ArrayList_s *list, LgIndex_t requestedCapacity) {
-    assert(ArrayListIsValid(list) && "Pre-condition");
+    REQUIRE(ArrayListIsValid(list));
     if (requestedCapacity <= list->capacity) return true;
     LgIndex_t capacity = list->capacityCallback(list, list->capacity, requestedCapacity, list->clientData);
     if (capacity < requestedCapacity) return false;  // 0 is a refusal; less would not hold the items
@@ -172,14 +172,14 @@ bool ArrayListEnlargeCapacity(ArrayList_s *list, LgIndex_t requestedCapacity) {
 }
 
 void ArrayListDeleteAllItems(ArrayList_s *list, ArrayListItemDestructor_pf itemDestructor, ArbParam_t clientData) {
-    assert(ArrayListIsValid(list) && !list->isVisitingItems && "Pre-condition");
+    REQUIRE(ArrayListIsValid(list) && !list->isVisitingItems);
     if (list->count > 0) ArrayListDeleteItems(list, 0, list->count, itemDestructor, clientData);
 }
 
 void ArrayListDeleteItems(ArrayList_s *list, LgIndex_t itemOffset, LgIndex_t count,
                           ArrayListItemDestructor_pf itemDestructor, ArbParam_t clientData) {
-    assert(ArrayListIsValid(list) && !list->isVisitingItems && "Pre-condition");
-    assert(itemOffset >= 0 && count >= 0 && int64_t(itemOffset) + count <= list->count && "Pre-condition");
+    REQUIRE(ArrayListIsValid(list) && !list->isVisitingItems);
+    REQUIRE(itemOffset >= 0 && count >= 0 && int64_t(itemOffset) + count <= list->count);
     if (count == 0) return;
     if (itemDestructor != nullptr) {
         for (LgIndex_t i = itemOffset; i < itemOffset + count; i++) itemDestructor(itemAddress(list, i), clientData);
@@ -208,8 +208,8 @@ ArrayListItem_u ArrayListRemoveItem(ArrayList_s *list, LgIndex_t itemOffset) {
 }
 
 bool ArrayListInsert(ArrayList_s *target, LgIndex_t offset, const ArrayList_s *source) {
-    assert(ArrayListIsValid(target) && ArrayListIsValid(source) && !target->isVisitingItems && "Pre-condition");
-    assert(target->type == source->type && offset >= 0 && "Pre-condition");
+    REQUIRE(ArrayListIsValid(target) && ArrayListIsValid(source) && !target->isVisitingItems);
+    REQUIRE(target->type == source->type && offset >= 0);
     if (target == source) {
         // Inserting a list into itself: take the items out first, as opening the gap moves them.
         ArrayList_s *copy = ArrayListGetItems(source, 0, source->count);
@@ -228,7 +228,7 @@ bool ArrayListInsert(ArrayList_s *target, LgIndex_t offset, const ArrayList_s *s
 }
 
 bool ArrayListInsertItem(ArrayList_s *list, LgIndex_t itemOffset, ArrayListItem_u item) {
-    assert(ArrayListIsValid(list) && !list->isVisitingItems && itemOffset >= 0 && "Pre-condition");
+    REQUIRE(ArrayListIsValid(list) && !list->isVisitingItems && itemOffset >= 0);
     if (!openGap(list, itemOffset, 1)) return false;
     writeItem(list, itemOffset, item);
     return true;
@@ -236,11 +236,11 @@ bool ArrayListInsertItem(ArrayList_s *list, LgIndex_t itemOffset, ArrayListItem_
 
 bool ArrayListSetItem(ArrayList_s *list, LgIndex_t itemOffset, ArrayListItem_u item,
                       ArrayListItemDestructor_pf itemDestructor, ArbParam_t clientData) {
-    assert(ArrayListIsValid(list) && itemOffset >= 0 && "Pre-condition");
+    REQUIRE(ArrayListIsValid(list) && itemOffset >= 0);
     if (itemOffset < list->count) {
         if (itemDestructor != nullptr) itemDestructor(itemAddress(list, itemOffset), clientData);
     } else {
-        assert(!list->isVisitingItems && "Pre-condition");
+        REQUIRE(!list->isVisitingItems);
         LgIndex_t newCount = stretchEnd(itemOffset, 1);
         if (newCount < 0 || !ArrayListEnlargeCapacity(list, newCount)) return false;
         list->count = newCount;  // the items of the gap are zero already
@@ -250,19 +250,19 @@ bool ArrayListSetItem(ArrayList_s *list, LgIndex_t itemOffset, ArrayListItem_u i
 }
 
 bool ArrayListAppendItem(ArrayList_s *list, ArrayListItem_u item) {
-    assert(ArrayListIsValid(list) && "Pre-condition");
+    REQUIRE(ArrayListIsValid(list));
     return ArrayListInsertItem(list, list->count, item);
 }
 
 bool ArrayListAppend(ArrayList_s *target, const ArrayList_s *source) {
-    assert(ArrayListIsValid(target) && "Pre-condition");
+    REQUIRE(ArrayListIsValid(target));
     return ArrayListInsert(target, target->count, source);
 }
 
 bool ArrayListVisitItems(ArrayList_s *list, LgIndex_t itemOffset, LgIndex_t count, ArrayListItemVisitor_pf visitor,
                          ArbParam_t clientData) {
-    assert(ArrayListIsValid(list) && visitor != nullptr && "Pre-condition");
-    assert(itemOffset >= 0 && count >= 0 && int64_t(itemOffset) + count <= list->count && "Pre-condition");
+    REQUIRE(ArrayListIsValid(list) && visitor != nullptr);
+    REQUIRE(itemOffset >= 0 && count >= 0 && int64_t(itemOffset) + count <= list->count);
     bool wasVisiting = list->isVisitingItems;
     list->isVisitingItems = true;
     bool isOk = true;
@@ -272,8 +272,8 @@ bool ArrayListVisitItems(ArrayList_s *list, LgIndex_t itemOffset, LgIndex_t coun
 }
 
 ArrayList_s *ArrayListGetItems(const ArrayList_s *list, LgIndex_t itemOffset, LgIndex_t count) {
-    assert(ArrayListIsValid(list) && "Pre-condition");
-    assert(itemOffset >= 0 && count >= 0 && int64_t(itemOffset) + count <= list->count && "Pre-condition");
+    REQUIRE(ArrayListIsValid(list));
+    REQUIRE(itemOffset >= 0 && count >= 0 && int64_t(itemOffset) + count <= list->count);
     ArrayList_s *items = ArrayListAlloc(count, list->type, list->capacityCallback, list->clientData);
     if (items == nullptr) return nullptr;
     if (count > 0) {
@@ -288,17 +288,17 @@ ArrayList_s *ArrayListGetItems(const ArrayList_s *list, LgIndex_t itemOffset, Lg
 }
 
 ArrayListItem_u ArrayListGetItem(const ArrayList_s *list, LgIndex_t itemOffset) {
-    assert(ArrayListIsValid(list) && itemOffset >= 0 && itemOffset < list->count && "Pre-condition");
+    REQUIRE(ArrayListIsValid(list) && itemOffset >= 0 && itemOffset < list->count);
     return readItem(itemAddress(list, itemOffset), list->itemSize);
 }
 
 void *ArrayListGetItemRef(const ArrayList_s *list, LgIndex_t itemOffset) {
-    assert(ArrayListIsValid(list) && itemOffset >= 0 && itemOffset < list->count && "Pre-condition");
+    REQUIRE(ArrayListIsValid(list) && itemOffset >= 0 && itemOffset < list->count);
     return itemAddress(list, itemOffset);
 }
 
 ArrayList_s *ArrayListCopy(const ArrayList_s *list, ArrayListItemDuplicator_pf itemDuplicator, ArbParam_t clientData) {
-    assert(ArrayListIsValid(list) && "Pre-condition");
+    REQUIRE(ArrayListIsValid(list));
     ArrayList_s *copy = ArrayListGetItems(list, 0, list->count);
     if (copy == nullptr || itemDuplicator == nullptr) return copy;
     // The duplicator fills each target item from a zeroed start.
@@ -313,7 +313,7 @@ ArrayList_s *ArrayListCopy(const ArrayList_s *list, ArrayListItemDuplicator_pf i
 }
 
 void *ArrayListToArray(const ArrayList_s *list, ArrayListItemDuplicator_pf itemDuplicator, ArbParam_t clientData) {
-    assert(ArrayListIsValid(list) && "Pre-condition");
+    REQUIRE(ArrayListIsValid(list));
     size_t bytes = std::max<size_t>(byteCount(list, list->count), 1);
     auto *array = static_cast<char *>(newmalloc(bytes));
     if (array == nullptr) return nullptr;
@@ -333,7 +333,7 @@ void *ArrayListToArray(const ArrayList_s *list, ArrayListItemDuplicator_pf itemD
 
 ArrayList_s *ArrayListFromArray(const void *source, LgIndex_t count, ArrayListType_e type,
                                 ArrayListItemDuplicator_pf itemDuplicator, ArbParam_t clientData) {
-    assert(count >= 0 && (count == 0 || source != nullptr) && "Pre-condition");
+    REQUIRE(count >= 0 && (count == 0 || source != nullptr));
     ArrayList_s *list = ArrayListAlloc(count, type, nullptr, 0);
     if (list == nullptr) return nullptr;
     if (count == 0) return list;
@@ -357,7 +357,7 @@ ArrayList_s *ArrayListFromArray(const void *source, LgIndex_t count, ArrayListTy
 }
 
 void ArrayListSort(ArrayList_s *list, ArrayListItemComparator_pf comparator, ArbParam_t clientData) {
-    assert(ArrayListIsValid(list) && comparator != nullptr && "Pre-condition");
+    REQUIRE(ArrayListIsValid(list) && comparator != nullptr);
     if (list->count < 2) return;
     ArrayListItemComparator_pf savedComparator = sortComparator;
     ArbParam_t savedClientData = sortClientData;
@@ -373,7 +373,7 @@ void ArrayListSort(ArrayList_s *list, ArrayListItemComparator_pf comparator, Arb
 
 bool ArrayListSearch(const ArrayList_s *list, ArrayListItem_u item, ArrayListItemComparator_pf comparator,
                      ArbParam_t clientData, LgIndex_t *itemIndex) {
-    assert(ArrayListIsValid(list) && comparator != nullptr && "Pre-condition");
+    REQUIRE(ArrayListIsValid(list) && comparator != nullptr);
     LgIndex_t lower = 0;
     LgIndex_t upper = list->count - 1;
     while (lower <= upper) {

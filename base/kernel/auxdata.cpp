@@ -4,10 +4,10 @@
 // Relies on: arrlist, strutil, alloc.
 #include "base/kernel/auxdata.h"
 
-#include <cassert>
 
 #include "base/kernel/alloc.h"
 #include "base/kernel/arrlist.h"
+#include "base/kernel/orvassert.h"
 #include "base/kernel/strutil.h"
 
 struct AuxData_s {
@@ -87,7 +87,7 @@ AuxData_s *AuxDataAlloc() {
 }
 
 void AuxDataDealloc(AuxData_s **auxData) {
-    assert(auxData != nullptr && "Pre-condition");
+    REQUIRE(auxData != nullptr);
     if (*auxData == nullptr) return;
     ArrayListDealloc(&(*auxData)->itemList, AuxDataItemDestructor, 0);
     newfree(*auxData);
@@ -95,7 +95,7 @@ void AuxDataDealloc(AuxData_s **auxData) {
 }
 
 bool AuxDataItemDestructor(void *itemRef, ArbParam_t /*clientData*/) {
-    assert(itemRef != nullptr && "Pre-condition");
+    REQUIRE(itemRef != nullptr);
     auto **item = static_cast<AuxDataItem_s **>(itemRef);
     freeItem(*item);
     *item = nullptr;
@@ -103,7 +103,7 @@ bool AuxDataItemDestructor(void *itemRef, ArbParam_t /*clientData*/) {
 }
 
 AuxData_s *AuxDataCopy(const AuxData_s *source, bool considerRetain) {
-    assert(isValidMap(source) && "Pre-condition");
+    REQUIRE(isValidMap(source));
     AuxData_s *copy = AuxDataAlloc();
     if (copy == nullptr) return nullptr;
     // The source is sorted, and so is any selection of it: items go straight to the end.
@@ -121,19 +121,19 @@ AuxData_s *AuxDataCopy(const AuxData_s *source, bool considerRetain) {
 }
 
 LgIndex_t AuxDataGetNumItems(const AuxData_s *auxData) {
-    assert(isValidMap(auxData) && "Pre-condition");
+    REQUIRE(isValidMap(auxData));
     return auxData->itemList->count;
 }
 
 bool AuxDataGetItemIndex(const AuxData_s *auxData, const char *name, LgIndex_t *itemIndex) {
-    assert(isValidMap(auxData) && name != nullptr && itemIndex != nullptr && "Pre-condition");
+    REQUIRE(isValidMap(auxData) && name != nullptr && itemIndex != nullptr);
     AuxDataItem_s key = {const_cast<char *>(name), 0, AuxDataType_String, false};
     return ArrayListSearch(auxData->itemList, itemOf(&key), compareItemNames, 0, itemIndex);
 }
 
 void AuxDataGetItemByIndex(const AuxData_s *auxData, LgIndex_t index, const char **name, ArbParam_t *value,
                            AuxDataType_e *type, bool *retain) {
-    assert(isValidMap(auxData) && index >= 0 && index < auxData->itemList->count && "Pre-condition");
+    REQUIRE(isValidMap(auxData) && index >= 0 && index < auxData->itemList->count);
     const AuxDataItem_s *item = itemAt(auxData, index);
     if (name != nullptr) *name = item->Name;
     if (value != nullptr) *value = item->Value;
@@ -151,7 +151,7 @@ bool AuxDataGetItemByName(const AuxData_s *auxData, const char *name, ArbParam_t
 
 bool AuxDataGetBooleanItemByName(const AuxData_s *auxData, const char *name, bool *value, AuxDataType_e *type,
                                  bool *retain) {
-    assert(value != nullptr && "Pre-condition");
+    REQUIRE(value != nullptr);
     *value = false;
     ArbParam_t itemValue;
     AuxDataType_e itemType;
@@ -168,7 +168,7 @@ bool AuxDataGetBooleanItemByName(const AuxData_s *auxData, const char *name, boo
 }
 
 bool AuxDataSetItem(AuxData_s *auxData, const char *name, ArbParam_t value, AuxDataType_e type, bool retain) {
-    assert(isValidMap(auxData) && AuxDataIsValidName(name) && type == AuxDataType_String && "Pre-condition");
+    REQUIRE(isValidMap(auxData) && AuxDataIsValidName(name) && type == AuxDataType_String);
     AuxDataItem_s *item = makeItem(name, value, type, retain);
     if (item == nullptr) return false;
     LgIndex_t index;
@@ -183,7 +183,7 @@ bool AuxDataSetItem(AuxData_s *auxData, const char *name, ArbParam_t value, AuxD
 }
 
 void AuxDataDeleteItemByIndex(AuxData_s *auxData, LgIndex_t index) {
-    assert(isValidMap(auxData) && index >= 0 && index < auxData->itemList->count && "Pre-condition");
+    REQUIRE(isValidMap(auxData) && index >= 0 && index < auxData->itemList->count);
     ArrayListDeleteItem(auxData->itemList, index, AuxDataItemDestructor, 0);
 }
 
@@ -195,7 +195,7 @@ bool AuxDataDeleteItemByName(AuxData_s *auxData, const char *name) {
 }
 
 bool AuxDataAppendItems(AuxData_s *target, const AuxData_s *source) {
-    assert(isValidMap(target) && isValidMap(source) && "Pre-condition");
+    REQUIRE(isValidMap(target) && isValidMap(source));
     // Work on a copy and exchange the item lists only when every item went in.
     AuxData_s *work = AuxDataCopy(target, false);
     if (work == nullptr) return false;

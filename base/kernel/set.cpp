@@ -4,11 +4,11 @@
 #include "base/kernel/set.h"
 
 #include <algorithm>
-#include <cassert>
 #include <cstring>
 
 #include "base/kernel/alloc.h"
 #include "base/kernel/errors.h"
+#include "base/kernel/orvassert.h"
 
 namespace {
 
@@ -68,7 +68,7 @@ Set_a *AllocSet(bool showErr) {
 }
 
 void DeallocSet(Set_a **set) {
-    assert(set != nullptr && "Pre-condition");
+    REQUIRE(set != nullptr);
     if (*set == nullptr) return;
     newfree((*set)->data);
     newfree(*set);
@@ -76,7 +76,7 @@ void DeallocSet(Set_a **set) {
 }
 
 bool SetItemDestructor(void *itemRef, ArbParam_t /*clientData*/) {
-    assert(itemRef != nullptr && "Pre-condition");
+    REQUIRE(itemRef != nullptr);
     DeallocSet(static_cast<Set_a **>(itemRef));
     return true;
 }
@@ -113,7 +113,7 @@ bool ExpandSet(Set_a *set, SetIndex_t max, bool showErr) {
 }
 
 bool CopySet(Set_a *dest, const Set_a *src, bool showErr) {
-    assert(dest != nullptr && src != nullptr && "Pre-condition");
+    REQUIRE(dest != nullptr && src != nullptr);
     if (dest == src) return true;
     if (!ExpandSet(dest, src->size, showErr)) return false;
     SetIndex_t srcWords = wordCount(src);
@@ -123,7 +123,7 @@ bool CopySet(Set_a *dest, const Set_a *src, bool showErr) {
 }
 
 bool AppendSet(Set_a *dest, const Set_a *src, bool showErr) {
-    assert(dest != nullptr && src != nullptr && "Pre-condition");
+    REQUIRE(dest != nullptr && src != nullptr);
     SetIndex_t highest = GetPrevMember(src, -1);
     if (highest < 0) return true;
     // Grow only as far as the highest member needs, as adding the members singly would.
@@ -139,20 +139,20 @@ void ClearSet(Set_a *set) {
 }
 
 bool AddToSet(Set_a *set, SetIndex_t member, bool showErr) {
-    assert(set != nullptr && member >= 0 && "Pre-condition");
+    REQUIRE(set != nullptr && member >= 0);
     if (member >= set->size && !ExpandSet(set, member + 1, showErr)) return false;
     set->data[member >> 6] |= uint64_t(1) << (member & 63);
     return true;
 }
 
 void RemoveFromSet(Set_a *set, SetIndex_t member) {
-    assert(set != nullptr && "Pre-condition");
+    REQUIRE(set != nullptr);
     if (static_cast<uint64_t>(member) >= static_cast<uint64_t>(set->size)) return;
     set->data[member >> 6] &= ~(uint64_t(1) << (member & 63));
 }
 
 void DeleteSetMember(Set_a *set, SetIndex_t member) {
-    assert(set != nullptr && member >= 0 && "Pre-condition");
+    REQUIRE(set != nullptr && member >= 0);
     if (member >= set->size) return;
     SetIndex_t words = wordCount(set);
     SetIndex_t w = member >> 6;
@@ -168,7 +168,7 @@ void DeleteSetMember(Set_a *set, SetIndex_t member) {
 }
 
 bool InsertSetMember(Set_a *set, SetIndex_t member, bool showErr) {
-    assert(set != nullptr && member >= 0 && "Pre-condition");
+    REQUIRE(set != nullptr && member >= 0);
     SetIndex_t highest = GetPrevMember(set, -1);
     SetIndex_t needed = member + 1;
     if (highest >= member) needed = std::max(needed, highest + 2);
@@ -209,7 +209,7 @@ SetIndex_t MemberCount(const Set_a *set) {
 
 SetIndex_t GetNextMember(const Set_a *set, SetIndex_t prev) {
     if (set == nullptr || set->data == nullptr) return BADSETVALUE;
-    assert(prev >= -1 && "Pre-condition");
+    REQUIRE(prev >= -1);
     SetIndex_t start = prev + 1;
     if (start >= set->size) return BADSETVALUE;
     SetIndex_t w = start >> 6;
@@ -224,7 +224,7 @@ SetIndex_t GetNextMember(const Set_a *set, SetIndex_t prev) {
 
 SetIndex_t GetPrevMember(const Set_a *set, SetIndex_t next) {
     if (set == nullptr || set->data == nullptr) return BADSETVALUE;
-    assert(next >= -1 && "Pre-condition");
+    REQUIRE(next >= -1);
     if (next == 0) return BADSETVALUE;
     SetIndex_t start = (next == -1 || next > set->size) ? set->size - 1 : next - 1;
     SetIndex_t w = start >> 6;
@@ -287,14 +287,14 @@ SetIndex_t OffsetMember(const Set_a *set, SetIndex_t offset) {
 }
 
 bool CopySetMember(Set_a *dest, SetIndex_t destMember, const Set_a *src, SetIndex_t srcMember) {
-    assert(dest != nullptr && src != nullptr && destMember >= 0 && "Pre-condition");
+    REQUIRE(dest != nullptr && src != nullptr && destMember >= 0);
     if (InSet(src, srcMember)) return AddToSet(dest, destMember, false);
     RemoveFromSet(dest, destMember);
     return true;
 }
 
 bool ShiftSet(Set_a *set, SetIndex_t first, SetIndex_t last, SetIndex_t shift) {
-    assert(set != nullptr && first >= 0 && first <= last && first + shift >= 0 && "Pre-condition");
+    REQUIRE(set != nullptr && first >= 0 && first <= last && first + shift >= 0);
     if (shift == 0 || IsEmpty(set)) return true;
     SetIndex_t low = std::min(first, first + shift);
     SetIndex_t high = std::max(last, last + shift);

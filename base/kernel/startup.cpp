@@ -18,6 +18,7 @@
 #include "base/kernel/errors.h"
 #include "base/kernel/genbase.h"
 #include "base/kernel/globals.h"
+#include "base/kernel/orvassert.h"
 #include "base/kernel/paths.h"
 #include "base/kernel/phyfile.h"
 #include "base/kernel/scratch.h"
@@ -284,6 +285,13 @@ void OrvanexMopupOnAssert() {
                                      "layout to \"crash.lpk\"\nin the orvanex startup directory?",
                                      MessageBox_YesNo);
     MopupAuxFiles();
+}
+
+void OrvanexAssertFailed(const char *kind, const char *expression, const char *file, int line) {
+    fprintf(stderr, "Assertion failure (%s): %s\n    at %s:%d\n", kind, expression, file, line);
+    fflush(stderr);
+    OrvanexMopupOnAssert();
+    abort();
 }
 
 extern "C" int q_main(int argc, char **argv) {

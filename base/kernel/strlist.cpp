@@ -3,12 +3,12 @@
 // Relies on: arrlist, strutil, alloc.
 #include "base/kernel/strlist.h"
 
-#include <cassert>
 #include <cstring>
 #include <string>
 
 #include "base/kernel/alloc.h"
 #include "base/kernel/arrlist.h"
+#include "base/kernel/orvassert.h"
 #include "base/kernel/strutil.h"
 
 namespace {
@@ -62,24 +62,24 @@ inline bool isCompoundJoin(char c) { return c == '+' || c == ';'; }
 StringList_s *StringListAlloc() { return asStringList(ArrayListAlloc(0, ArrayListType_CharPtr, nullptr, 0)); }
 
 void StringListDealloc(StringList_s **list) {
-    assert(list != nullptr && "Pre-condition");
+    REQUIRE(list != nullptr);
     ArrayList_s *items = asArrayList(*list);
     ArrayListDealloc(&items, stringItemDestructor, 0);
     *list = nullptr;
 }
 
 void StringListClear(StringList_s *list) {
-    assert(isValidList(list) && "Pre-condition");
+    REQUIRE(isValidList(list));
     ArrayListDeleteAllItems(asArrayList(list), stringItemDestructor, 0);
 }
 
 bool StringListAppendString(StringList_s *list, const char *s) {
-    assert(isValidList(list) && "Pre-condition");
+    REQUIRE(isValidList(list));
     return StringListSetString(list, StringListCount(list), s);
 }
 
 LgIndex_t StringListCount(const StringList_s *list) {
-    assert(isValidList(list) && "Pre-condition");
+    REQUIRE(isValidList(list));
     return asArrayList(list)->count;
 }
 
@@ -88,12 +88,12 @@ char *StringListGetString(const StringList_s *list, LgIndex_t index) {
 }
 
 const char *StringListGetStringRef(const StringList_s *list, LgIndex_t index) {
-    assert(isValidList(list) && index >= 0 && index < StringListCount(list) && "Pre-condition");
+    REQUIRE(isValidList(list) && index >= 0 && index < StringListCount(list));
     return ArrayListGetItem(asArrayList(list), index).CharPtr;
 }
 
 bool StringListSetString(StringList_s *list, LgIndex_t index, const char *s) {
-    assert(isValidList(list) && index >= 0 && "Pre-condition");
+    REQUIRE(isValidList(list) && index >= 0);
     char *copy = DupString(s);
     if (s != nullptr && copy == nullptr) return false;
     if (!ArrayListSetItem(asArrayList(list), index, stringItem(copy), stringItemDestructor, 0)) {
@@ -104,7 +104,7 @@ bool StringListSetString(StringList_s *list, LgIndex_t index, const char *s) {
 }
 
 bool StringListInsertString(StringList_s *list, LgIndex_t index, const char *s) {
-    assert(isValidList(list) && index >= 0 && "Pre-condition");
+    REQUIRE(isValidList(list) && index >= 0);
     char *copy = DupString(s);
     if (s != nullptr && copy == nullptr) return false;
     if (!ArrayListInsertItem(asArrayList(list), index, stringItem(copy))) {
@@ -115,12 +115,12 @@ bool StringListInsertString(StringList_s *list, LgIndex_t index, const char *s) 
 }
 
 void StringListRemoveString(StringList_s *list, LgIndex_t index) {
-    assert(isValidList(list) && index >= 0 && index < StringListCount(list) && "Pre-condition");
+    REQUIRE(isValidList(list) && index >= 0 && index < StringListCount(list));
     ArrayListDeleteItem(asArrayList(list), index, stringItemDestructor, 0);
 }
 
 StringList_s *StringListCopy(const StringList_s *list) {
-    assert(isValidList(list) && "Pre-condition");
+    REQUIRE(isValidList(list));
     const ArrayList_s *items = asArrayList(list);
     // Built entry by entry rather than with a duplicator, so a failure frees what was copied.
     ArrayList_s *copy = ArrayListAlloc(items->count, ArrayListType_CharPtr, nullptr, 0);
@@ -135,7 +135,7 @@ StringList_s *StringListCopy(const StringList_s *list) {
 }
 
 bool StringListAppend(StringList_s *target, const StringList_s *source) {
-    assert(isValidList(target) && isValidList(source) && "Pre-condition");
+    REQUIRE(isValidList(target) && isValidList(source));
     StringList_s *copy = StringListCopy(source);
     if (copy == nullptr) return false;
     ArrayList_s *copyItems = asArrayList(copy);
@@ -146,7 +146,7 @@ bool StringListAppend(StringList_s *target, const StringList_s *source) {
 }
 
 char *StringListToNLString(const StringList_s *list) {
-    assert(isValidList(list) && "Pre-condition");
+    REQUIRE(isValidList(list));
     LgIndex_t count = StringListCount(list);
     size_t length = 0;
     for (LgIndex_t i = 0; i < count; i++) {
@@ -190,7 +190,7 @@ StringList_s *StringListFromNLString(const char *s) {
 }
 
 char **StringListToArray(const StringList_s *list) {
-    assert(isValidList(list) && "Pre-condition");
+    REQUIRE(isValidList(list));
     LgIndex_t count = StringListCount(list);
     auto *array = static_cast<char **>(newmalloc(sizeof(char *) * static_cast<size_t>(count > 0 ? count : 1)));
     if (array == nullptr) return nullptr;
@@ -207,7 +207,7 @@ char **StringListToArray(const StringList_s *list) {
 }
 
 StringList_s *StringListFromArray(const char *const *array, LgIndex_t count) {
-    assert(count >= 0 && (count == 0 || array != nullptr) && "Pre-condition");
+    REQUIRE(count >= 0 && (count == 0 || array != nullptr));
     StringList_s *list = StringListAlloc();
     if (list == nullptr) return nullptr;
     for (LgIndex_t i = 0; i < count; i++) {
@@ -223,7 +223,7 @@ StringList_s *StringListFromArray(const char *const *array, LgIndex_t count) {
 // one blank, and a null or empty entry is "". Characters of charsToEscape get two backslashes in
 // front; a double quote inside a line gets one.
 char *StringListToCompound(const StringList_s *list, char groupJoinChar, const char *charsToEscape) {
-    assert(isValidList(list) && "Pre-condition");
+    REQUIRE(isValidList(list));
     std::string compound;
     LgIndex_t count = StringListCount(list);
     for (LgIndex_t i = 0; i < count; i++) {
@@ -289,7 +289,7 @@ StringList_s *StringListFromCompound(const char *s) {
 }
 
 void StringListSort(StringList_s *list, StringListStringComparator_pf comparator, ArbParam_t clientData) {
-    assert(isValidList(list) && "Pre-condition");
+    REQUIRE(isValidList(list));
     SortContext context = {comparator, clientData};
     ArrayListSort(asArrayList(list), compareEntries, reinterpret_cast<ArbParam_t>(&context));
 }

@@ -5,7 +5,6 @@
 #include "base/kernel/strutil.h"
 
 #include <algorithm>
-#include <cassert>
 #include <cctype>
 #include <cerrno>
 #include <cmath>
@@ -17,6 +16,7 @@
 
 #include "base/kernel/alloc.h"
 #include "base/kernel/errors.h"
+#include "base/kernel/orvassert.h"
 #include "base/kernel/strlist.h"
 
 namespace {
@@ -105,7 +105,7 @@ char *DupString(const char *s) {
 }
 
 bool InternalResetString(char **target, const char *value, bool issueError) {
-    assert(target != nullptr && "Pre-condition");
+    REQUIRE(target != nullptr);
     char *copy = nullptr;
     if (value != nullptr) {
         // Copy before freeing: value may be the old string itself.
@@ -129,7 +129,7 @@ char *FormatString(const char *format, ...) {
 }
 
 char *vFormatString(const char *format, va_list args) {
-    assert(format != nullptr && "Pre-condition");
+    REQUIRE(format != nullptr);
     std::lock_guard<std::mutex> lock(formatBufferMutex);
     for (;;) {
         if (formatBuffer == nullptr) {
@@ -169,7 +169,7 @@ void FormatStringBufferCleanup() {
 }
 
 bool TackOnString(char **target, const char *add, bool deleteAdd, bool convertNewlines) {
-    assert(target != nullptr && "Pre-condition");
+    REQUIRE(target != nullptr);
     if (add == nullptr) return true;
     size_t oldLength = *target != nullptr ? strlen(*target) : 0;
     size_t addLength = strlen(add);
@@ -205,7 +205,7 @@ bool TackOnChar(char **target, char c) {
 }
 
 char *CopySubString(const char *source, LgIndex_t start, LgIndex_t count) {
-    assert(start >= 0 && count >= 0 && "Pre-condition");
+    REQUIRE(start >= 0 && count >= 0);
     if (source == nullptr) return nullptr;
     size_t length = strlen(source);
     size_t first = std::min(static_cast<size_t>(start), length);
@@ -240,7 +240,7 @@ void TrimLeadAndTrailSpaces(char *s) {
 }
 
 void StringTruncate(char *s, LgIndex_t maxLength) {
-    assert(maxLength >= 0 && "Pre-condition");
+    REQUIRE(maxLength >= 0);
     if (s == nullptr) return;
     if (strlen(s) > static_cast<size_t>(maxLength)) s[maxLength] = '\0';
 }
@@ -253,7 +253,7 @@ void StringTrimAndTruncate(char *s, LgIndex_t maxLength) {
 }
 
 StringList_s *LineBreakString(const char *s, int width) {
-    assert(width > 0 && "Pre-condition");
+    REQUIRE(width > 0);
     StringList_s *lines = StringListAlloc();
     if (lines == nullptr || s == nullptr) return lines;
     const char *line = s;
@@ -271,7 +271,7 @@ StringList_s *LineBreakString(const char *s, int width) {
 }
 
 char *WrapString(const char *s, int width) {
-    assert(width > 0 && "Pre-condition");
+    REQUIRE(width > 0);
     if (s == nullptr) return nullptr;
     if (strlen(s) <= static_cast<size_t>(width)) return DupString(s);
     StringList_s *lines = LineBreakString(s, width);
@@ -308,12 +308,12 @@ bool MatchKey(const char *s, const char *pattern) {
 }
 
 void RemoveSeparator(const char **cursor) {
-    assert(cursor != nullptr && *cursor != nullptr && "Pre-condition");
+    REQUIRE(cursor != nullptr && *cursor != nullptr);
     while (**cursor == ' ' || **cursor == '\t' || **cursor == ',') (*cursor)++;
 }
 
 void SkipWhiteSpace(const char **cursor) {
-    assert(cursor != nullptr && *cursor != nullptr && "Pre-condition");
+    REQUIRE(cursor != nullptr && *cursor != nullptr);
     while (**cursor == ' ' || **cursor == '\t' || **cursor == '\n') (*cursor)++;
 }
 
@@ -345,7 +345,7 @@ const char *ustrstr(const char *haystack, const char *needle) {
 }
 
 bool ScanForString(const char **cursor, char **result, bool keepQuotes) {
-    assert(cursor != nullptr && *cursor != nullptr && result != nullptr && "Pre-condition");
+    REQUIRE(cursor != nullptr && *cursor != nullptr && result != nullptr);
     const char *p = *cursor;
     SkipWhiteSpace(&p);
     char quote = *p;
@@ -387,7 +387,7 @@ bool ScanForString(const char **cursor, char **result, bool keepQuotes) {
 }
 
 bool ScanForSymbol(const char **cursor, char symbol, bool onlySkipWhiteSpace) {
-    assert(cursor != nullptr && *cursor != nullptr && symbol != '\0' && "Pre-condition");
+    REQUIRE(cursor != nullptr && *cursor != nullptr && symbol != '\0');
     const char *p = *cursor;
     if (onlySkipWhiteSpace) {
         SkipWhiteSpace(&p);
@@ -401,7 +401,7 @@ bool ScanForSymbol(const char **cursor, char symbol, bool onlySkipWhiteSpace) {
 }
 
 bool ReplaceNewlineWithBackslashN(char **s) {
-    assert(s != nullptr && "Pre-condition");
+    REQUIRE(s != nullptr);
     if (*s == nullptr || strchr(*s, '\n') == nullptr) return true;
     char *converted = nullptr;
     if (!TackOnString(&converted, *s, false, true)) return false;
@@ -479,7 +479,7 @@ char *InsertNameAtPlaceHolder(const char *text, const char *name) {
 }
 
 void Tokenize(const std::string &s, const std::string &delimiters, std::vector<std::string> *tokens) {
-    assert(tokens != nullptr && "Pre-condition");
+    REQUIRE(tokens != nullptr);
     size_t start = s.find_first_not_of(delimiters);
     while (start != std::string::npos) {
         size_t end = s.find_first_of(delimiters, start);

@@ -4,12 +4,12 @@
 // Relies on: strutil, errors.
 #include "base/kernel/valparse.h"
 
-#include <cassert>
 #include <cctype>
 #include <cstring>
 #include <string>
 
 #include "base/kernel/errors.h"
+#include "base/kernel/orvassert.h"
 #include "base/kernel/strutil.h"
 #include "base/kernel/types.h"
 
@@ -74,7 +74,7 @@ bool toFrame(double *value, int suffix) {
 }  // namespace
 
 int ParseSuffix(const char **cursor) {
-    assert(cursor != nullptr && *cursor != nullptr && "Pre-condition");
+    REQUIRE(cursor != nullptr && *cursor != nullptr);
     const char *p = *cursor;
     while (*p == ' ') p++;
     // PIX before PI: the longer name must win.
@@ -94,7 +94,7 @@ int ParseSuffix(const char **cursor) {
 
 bool ParseStringForValue(char **text, double *value, bool mustBeInteger, ValueSuffixConverter_pf suffixConverter,
                          bool *hadSuffix, bool *clipped, const char **errorMessage) {
-    assert(text != nullptr && value != nullptr && "Pre-condition");
+    REQUIRE(text != nullptr && value != nullptr);
     // The out-parameters other than value may be null when the caller doesn't need them.
     bool hadSuffixLocal = false;
     bool clippedLocal = false;

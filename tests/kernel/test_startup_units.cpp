@@ -7,6 +7,7 @@
 #include "base/kernel/alloc.h"
 #include "base/kernel/cmdline.h"
 #include "base/kernel/globals.h"
+#include "base/kernel/orvassert.h"
 #include "base/kernel/phyfile.h"
 #include "base/kernel/strlist.h"
 #include "base/kernel/version.h"
@@ -114,6 +115,20 @@ TEST(CommandLineInstructions, ReaderInstructionsAreQuotedAsGiven) {
     EXPECT_STREQ(StringListGetStringRef(list, 1), "say \"hi\"");
     StringListDealloc(&list);
     StartupDirectory.clear();
+}
+
+}  // namespace
+
+namespace {
+
+TEST(AssertionDeathTest, FailedAssertionAbortsNamingItsKindAndExpression) {
+    EXPECT_DEATH(
+        {
+            BatchFile = tmpfile();  // the mop-up closes an open log on the way out
+            REQUIRE(1 + 1 == 3);
+        },
+        "Assertion failure \\(Pre-condition\\): 1 \\+ 1 == 3");
+    EXPECT_DEATH(CHECK(false), "Assertion failure \\(Check\\): false");
 }
 
 }  // namespace

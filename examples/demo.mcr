@@ -1,0 +1,2 @@
+#!MC 1100
+# The demonstration macro: run by `make demo` in batch mode.
