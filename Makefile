@@ -33,3 +33,15 @@ bench: release
 
 clean:
 	rm -rf build
+
+# ThreadSanitizer run of the thread tests alone, in its own tree; not part of `make test`.
+TSAN_DIR := build/tsan
+
+.PHONY: tsan
+
+$(TSAN_DIR)/build.ninja:
+	cmake -S . -B $(TSAN_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DORVANEX_TSAN=ON -DORVANEX_SANITIZE=OFF -DORVANEX_TESTS=ON
+
+tsan: deps $(TSAN_DIR)/build.ninja
+	cmake --build $(TSAN_DIR) -j $(JOBS) --target orvanex_thread_tests
+	cd $(TSAN_DIR) && ctest -L tsan --output-on-failure -j $(JOBS)

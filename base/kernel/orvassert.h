@@ -7,8 +7,9 @@
 [[noreturn]] void OrvanexAssertFailed(const char *kind, const char *expression, const char *file, int line);
 
 #ifdef NDEBUG
-#define REQUIRE(expr) ((void)0)
-#define CHECK(expr) ((void)0)
+// sizeof names the expression without evaluating it, so variables used only here stay used.
+#define REQUIRE(expr) ((void)sizeof((expr) ? 1 : 0))
+#define CHECK(expr) ((void)sizeof((expr) ? 1 : 0))
 #else
 #define REQUIRE(expr) ((expr) ? (void)0 : OrvanexAssertFailed("Pre-condition", #expr, __FILE__, __LINE__))
 #define CHECK(expr) ((expr) ? (void)0 : OrvanexAssertFailed("Check", #expr, __FILE__, __LINE__))
