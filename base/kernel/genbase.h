@@ -17,6 +17,19 @@ struct GeneralBase_s {
     bool OkToExecuteSystemCommand = false;
     int NumUndoLevels = 50;      // MAXNUMUNDOLEVELS
 
+    int InterruptCheckingFrequency = 100;  // INTERRUPTCHECKINGFREQUENCY, milliseconds
+    bool AllowDataSharing = true;          // $!COMPATIBILITY ALLOWDATASHARING
+
+    // load on demand and memory (the file configuration)
+    bool UseMemoryMappedIO = true;               // USEMEMORYMAPPEDIO
+    long MemoryMappedIOSizeThreshold = 0;        // MEMORYMAPPEDIOSIZETHRESHOLD, bytes; 0 means one page
+    bool LoadOnDemandAllow = true;               // LOADONDEMAND ALLOW
+    int LoadOnDemandUnloadStrategy = 0;          // UNLOADSTRATEGY: 0 AUTO, 1 NEVERUNLOAD, 2 MINIMIZEMEMORYUSE
+    int LoadOnDemandDataStoreStrategy = 0;       // DATASTORESTRATEGY: 0 AUTO, 1 HEAP
+    long MaxUsableMemoryMB = 0;                  // MAXUSABLEMEMORY; 0 means all physical memory
+    double LODThresholdMinFract = 0.3;           // LODTHRESHOLDMINFRACT
+    double LODThresholdMaxFract = 0.7;           // LODTHRESHOLDMAXFRACT
+
     // limits
     int MaxPtsInALine = 5000;         // MAXPTSINALINE
     int MaxChrsInTextLabels = 1023;   // MAXCHRSINTEXTLABELS

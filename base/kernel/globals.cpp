@@ -27,7 +27,6 @@ bool IsProcessingConfigFile = false, IsProcessingDotAddFile = false, IsProcessin
      IsProcessingLayout = false, IsProcessingStylesheet = false;
 
 volatile bool Interrupted = false;
-volatile bool TimeOut = false;
 int GraphicsSuspended = 0;
 std::string OrvanexTempDirectory;
 
@@ -63,7 +62,6 @@ void ResetKernelGlobals() {
     IsProcessingConfigFile = IsProcessingDotAddFile = IsProcessingQuickMacros = IsProcessingLayout =
         IsProcessingStylesheet = false;
     Interrupted = false;
-    TimeOut = false;
     GraphicsSuspended = 0;
     OrvanexTempDirectory.clear();
 }

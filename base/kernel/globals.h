@@ -33,9 +33,8 @@ extern double DotsPerCmX, DotsPerCmY;
 extern bool IsProcessingConfigFile, IsProcessingDotAddFile, IsProcessingQuickMacros, IsProcessingLayout,
     IsProcessingStylesheet;
 
-// Long work tests these and leaves quietly.
+// Long work tests this (and the time-out flags of the idle module) and leaves quietly.
 extern volatile bool Interrupted;
-extern volatile bool TimeOut;
 
 // The count of suspensions of drawing; batch mode suspends it for the whole run.
 extern int GraphicsSuspended;

@@ -2,13 +2,11 @@
 
 #include "base/kernel/errors.h"
 
-bool MemMapInitialize() { return true; }
 void InitializeInternalMacroSettings() {}
 void RegisterBuiltInDataSetReaders() {}
 void ClearExtendedCurveFits() {}
 void InitRawUserColorMap() {}
 void ResetStateChangeState() {}
-bool OnIdleQueueInit() { return true; }
 void InitializeAddOnVars() {}
 void InitializeInterfaceAttributes() {}
 void InitializeFrameFactoryDefaults() {}
@@ -20,16 +18,10 @@ void InitCZInfo() {}
 void InitLineMapInfo() {}
 bool InitMacros() { return true; }
 bool UndoStateInitialize() { return true; }
-bool Thread_Init() { return true; }
-bool ThreadPoolInit() { return true; }
-bool ThreadPoolCreate() { return true; }
-bool CreateStandardThreadPoolWorkers() { return true; }
-void DataLoadValidateThresholdValues(bool) {}
 void PushPaperView() {}
 void SaveInitialWorkspaceSettings() {}
 bool ReadInInternalFont() { return true; }
 void SetInputCheckBounds() {}
-bool CreateNewFrame() { return true; }
 
 void RegisterSidebarStateChangeMonitor() {}
 void ConfigureInterfaceLayout() {}
@@ -74,13 +66,7 @@ void InvalidateUndo() {}
 void BroadcastQuit(int) {}
 void StopMacroRecording() {}
 void FreeExtraMapData() {}
-void OnIdleQueueCleanup() {}
 void TurnOffStateChangeNotification() {}
-void DeleteAllFrames() {}
 void ReleaseDisplayLists() {}
 void DeleteOrvanexInternalsPending() {}
 void MopupAddOns() {}
-void ThreadPoolFree() {}
-void MemMapFinalize() {}
-void ThreadPoolCleanup() {}
-void Thread_Cleanup() {}

@@ -9,13 +9,11 @@
 struct StringList_s;
 
 // start-up, phase 1
-bool MemMapInitialize();
 void InitializeInternalMacroSettings();
 void RegisterBuiltInDataSetReaders();
 void ClearExtendedCurveFits();
 void InitRawUserColorMap();
 void ResetStateChangeState();
-bool OnIdleQueueInit();
 void InitializeAddOnVars();
 void InitializeInterfaceAttributes();
 void InitializeFrameFactoryDefaults();
@@ -27,16 +25,10 @@ void InitCZInfo();
 void InitLineMapInfo();
 bool InitMacros();
 bool UndoStateInitialize();
-bool Thread_Init();
-bool ThreadPoolInit();
-bool ThreadPoolCreate();
-bool CreateStandardThreadPoolWorkers();
-void DataLoadValidateThresholdValues(bool showErrors);
 void PushPaperView();
 void SaveInitialWorkspaceSettings();
 bool ReadInInternalFont();
 void SetInputCheckBounds();
-bool CreateNewFrame();
 
 // start-up, phase 4
 void RegisterSidebarStateChangeMonitor();
@@ -64,13 +56,7 @@ void InvalidateUndo();
 void BroadcastQuit(int exitCode);
 void StopMacroRecording();
 void FreeExtraMapData();
-void OnIdleQueueCleanup();
 void TurnOffStateChangeNotification();
-void DeleteAllFrames();
 void ReleaseDisplayLists();
 void DeleteOrvanexInternalsPending();
 void MopupAddOns();
-void ThreadPoolFree();
-void MemMapFinalize();
-void ThreadPoolCleanup();
-void Thread_Cleanup();

@@ -13,20 +13,27 @@
 
 #include "base/interact/fileio.h"
 #include "base/interact/inet.h"
+#include "base/data/dataload.h"
+#include "base/data/memmap.h"
 #include "base/kernel/alloc.h"
 #include "base/kernel/cmdline.h"
 #include "base/kernel/errors.h"
 #include "base/kernel/genbase.h"
 #include "base/kernel/globals.h"
+#include "base/kernel/idle.h"
 #include "base/kernel/orvassert.h"
+#include "base/kernel/orvlock.h"
 #include "base/kernel/paths.h"
 #include "base/kernel/phyfile.h"
 #include "base/kernel/scratch.h"
 #include "base/kernel/seams.h"
 #include "base/kernel/strutil.h"
 #include "base/kernel/tempdir.h"
+#include "base/kernel/thread.h"
+#include "base/kernel/threadpool.h"
 #include "base/kernel/version.h"
 #include "base/macro/macro1.h"
+#include "base/plot/frame.h"
 #include "ui/uimain.h"
 
 namespace {
@@ -147,6 +154,7 @@ bool InitOrvanex(int argc, char **argv) {
     FillGeneralFactoryDefaults();
     ResetStateChangeState();
     if (ok) ok = OnIdleQueueInit();
+    InitTimeOutFacility();
     InitializeAddOnVars();
     GeneralBase = GeneralFactoryDefaults;
     // 9-12: file names, frame defaults, the base frame, modern values
@@ -167,12 +175,12 @@ bool InitOrvanex(int argc, char **argv) {
     InitLineMapInfo();
     if (ok) ok = InitMacros();
     if (ok && GeneralBase.NumUndoLevels != 0) ok = UndoStateInitialize();
-    if (ok) ok = Thread_Init() && ThreadPoolInit() && ThreadPoolCreate();
+    if (ok) ok = Thread_Init() && ThreadPoolInit() && (StandardThreadPool = ThreadPoolCreate()) != nullptr;
     // 16-20: environment, pre-scan, configuration file, workers, the option scan
     ProcessEnvironmentVariables();
     PreScanCommandLine(argc, argv, &ok);
     if (ok) ReadInConfigFile();
-    if (ok) ok = CreateStandardThreadPoolWorkers();
+    if (ok) ok = ThreadPoolCreateStandardWorkers() && StartTimeOutTimer();
     DataLoadValidateThresholdValues(false);
     if (ok) ProcessCommandLineOptions(argc, argv, &ok);
     // 21-22: help, paper, workspace, temp directory, paste buffer
@@ -254,6 +262,7 @@ void FinalizeShutdown() {
     GraphicsAreInitialized = false;
     StopMacroRecording();
     OnIdleQueueCleanup();
+    MopupTimeOutFacility();
     TurnOffStateChangeNotification();
     DeleteAllFrames();
     ReleaseDisplayLists();
@@ -264,13 +273,15 @@ void FinalizeShutdown() {
     DeletePasteBufferFile();
     DeleteOrvanexInternalsPending();
     INetFinalize();
+    ReportMismatchedLocks();
+    OrvanexLockCleanup();
     MopupAuxFiles();
 
     MopupAddOns();
     FormatStringBufferCleanup();
     RemoveTempDirectory();
 
-    ThreadPoolFree();
+    ThreadPoolFree(&StandardThreadPool);
     MemMapFinalize();
     ThreadPoolCleanup();
     Thread_Cleanup();

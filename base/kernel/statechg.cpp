@@ -1,0 +1,3 @@
+#include "base/kernel/statechg.h"
+
+void StateChanged(StateChange_e, const StateChangeInfo_s *) {}
