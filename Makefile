@@ -13,7 +13,7 @@ deps:
 	./scripts/install-deps
 
 $(RELEASE_DIR)/build.ninja:
-	cmake -S . -B $(RELEASE_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Release -DORVANEX_TESTS=OFF
+	cmake -S . -B $(RELEASE_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Release -DORVANEX_TESTS=OFF -DORVANEX_BENCH=ON
 
 release: deps $(RELEASE_DIR)/build.ninja
 	cmake --build $(RELEASE_DIR) -j $(JOBS)
@@ -30,6 +30,8 @@ demo: release
 
 bench: release
 	./bench/startup.sh $(RELEASE_DIR)/bin/orvanex
+	$(RELEASE_DIR)/bin/orvanex_bench_zones
+	$(RELEASE_DIR)/bin/orvanex_bench
 
 clean:
 	rm -rf build
