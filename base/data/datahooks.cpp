@@ -10,6 +10,7 @@ void noFrames(bool (*)(DataSet_s *, void *), void *) {}
 bool acceptZone(DataSet_s *, EntIndex_t) { return true; }
 void ignoreZone(DataSet_s *, EntIndex_t) {}
 void ignoreDataSet(DataSet_s *) {}
+void ignoreVar(DataSet_s *, EntIndex_t) {}
 void ignoreZoneVar(DataSet_s *, EntIndex_t, EntIndex_t) {}
 void ignoreAdjust(DataSet_s *, EntIndex_t, int) {}
 // Until frames assign axis variables, the first three variables are the axes.
@@ -32,6 +33,7 @@ void ResetDataSetHooks() {
     DataSetHooks.VisitFrameDataSets = noFrames;
     DataSetHooks.IncorporateZoneIntoFrameStyle = acceptZone;
     DataSetHooks.FrameStyleDeleteZone = ignoreZone;
+    DataSetHooks.FrameStyleDeleteVar = ignoreVar;
     DataSetHooks.ActivateFieldMapsForNewZonesAdded = ignoreDataSet;
     DataSetHooks.ResetScratchFlagsOnDataSetChange = ignoreDataSet;
     DataSetHooks.InvalidateCOBsOnZoneChange = ignoreZone;

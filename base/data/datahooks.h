@@ -21,6 +21,8 @@ struct DataSetHooks_s {
     bool (*IncorporateZoneIntoFrameStyle)(DataSet_s *dataSet, EntIndex_t zone);
     // Every frame with this data set drops a zone from its style (field maps, time steps).
     void (*FrameStyleDeleteZone)(DataSet_s *dataSet, EntIndex_t zone);
+    // Every frame with this data set drops a variable (its derived values and assignments).
+    void (*FrameStyleDeleteVar)(DataSet_s *dataSet, EntIndex_t var);
     void (*ActivateFieldMapsForNewZonesAdded)(DataSet_s *dataSet);
     void (*ResetScratchFlagsOnDataSetChange)(DataSet_s *dataSet);
     void (*InvalidateCOBsOnZoneChange)(DataSet_s *dataSet, EntIndex_t zone);

@@ -274,8 +274,11 @@ bool DeleteVars(DataSet_s *dataSet, const Set_a *vars) {
         }
     }
     DataSetHooks.InvalidateCOBsOnVarChange(dataSet);
-    for (SetIndex_t v = GetPrevMember(vars, -1); v >= 0; v = GetPrevMember(vars, v))
-        if (v < dataSet->NumVars) DataSetDeleteVar(dataSet, EntIndex_t(v));
+    for (SetIndex_t v = GetPrevMember(vars, -1); v >= 0; v = GetPrevMember(vars, v)) {
+        if (v >= dataSet->NumVars) continue;
+        DataSetHooks.FrameStyleDeleteVar(dataSet, EntIndex_t(v));
+        DataSetDeleteVar(dataSet, EntIndex_t(v));
+    }
     DataSetHooks.ResetScratchFlagsOnDataSetChange(dataSet);
     notify(StateChange_VarsDeleted, nullptr, vars);
     return true;

@@ -9,6 +9,7 @@
 
 #include "base/data/datahooks.h"
 #include "base/data/dataset.h"
+#include "base/data/derived.h"
 
 Frame_s *CurFrame = nullptr;
 
@@ -26,7 +27,35 @@ void visitFrameDataSets(bool (*visitor)(DataSet_s *, void *), void *clientData) 
         if (frame->DataSet != nullptr && !visitor(frame->DataSet, clientData)) return;
 }
 
+// Calls f with the zone list of every frame that shows the data set.
+template <typename F>
+void forFramesOf(DataSet_s *dataSet, F f) {
+    for (auto &frame : FrameStack)
+        if (frame->DataSet == dataSet && frame->ZoneList != nullptr) f(frame->ZoneList);
+}
+
+void invalidateDerivedVar(DataSet_s *dataSet, EntIndex_t zone, EntIndex_t var) {
+    forFramesOf(dataSet, [&](FrameZoneList_s *list) { FrameZoneListInvalidate(list, zone, var); });
+}
+
+bool incorporateZone(DataSet_s *dataSet, EntIndex_t zone) {
+    forFramesOf(dataSet, [&](FrameZoneList_s *list) { FrameZoneListInvalidate(list, zone, -1); });
+    return true;
+}
+
+void deleteZone(DataSet_s *dataSet, EntIndex_t zone) {
+    forFramesOf(dataSet, [&](FrameZoneList_s *list) { FrameZoneListDeleteZone(list, zone); });
+}
+
+void deleteVar(DataSet_s *dataSet, EntIndex_t var) {
+    forFramesOf(dataSet, [&](FrameZoneList_s *list) { FrameZoneListDeleteVar(list, var); });
+}
+
 void installDataSetHooks() {
+    DataSetHooks.InvalidateDerivedVar = invalidateDerivedVar;
+    DataSetHooks.IncorporateZoneIntoFrameStyle = incorporateZone;
+    DataSetHooks.FrameStyleDeleteZone = deleteZone;
+    DataSetHooks.FrameStyleDeleteVar = deleteVar;
     DataSetHooks.CurrentDataSet = currentDataSet;
     DataSetHooks.AttachDataSetToCurFrame = attachToCurFrame;
     DataSetHooks.VisitFrameDataSets = visitFrameDataSets;
@@ -47,7 +76,10 @@ bool CreateNewFrame() {
 }
 
 void DeleteAllFrames() {
-    for (auto &frame : FrameStack) DetachDataSetFromFrame(frame.get());
+    for (auto &frame : FrameStack) {
+        DetachDataSetFromFrame(frame.get());
+        FrameZoneListDealloc(&frame->ZoneList);
+    }
     FrameStack.clear();
     CurFrame = nullptr;
     framesMade = 0;
@@ -69,12 +101,21 @@ bool AttachDataSetToCurFrame(DataSet_s *dataSet) {
     if (CurFrame->DataSet == dataSet) return true;
     DetachDataSetFromFrame(CurFrame);
     CurFrame->DataSet = dataSet;
+    CurFrame->ZoneList = FrameZoneListAlloc();
     return true;
+}
+
+FrameZoneList_s *GetFrameZoneList(Frame_s *frame) {
+    if (frame->DataSet == nullptr) return nullptr;
+    if (frame->ZoneList == nullptr) frame->ZoneList = FrameZoneListAlloc();
+    FrameZoneListEnsureSize(frame->ZoneList, frame->DataSet->NumZones, frame->DataSet->NumVars);
+    return frame->ZoneList;
 }
 
 void DetachDataSetFromFrame(Frame_s *frame) {
     DataSet_s *dataSet = frame->DataSet;
     if (dataSet == nullptr) return;
     frame->DataSet = nullptr;
+    FrameZoneListDealloc(&frame->ZoneList);
     if (DataSetReferenceCount(dataSet) == 0) DeallocDataSet(&dataSet);
 }

@@ -7,11 +7,13 @@
 #include <string>
 
 struct DataSet_s;
+struct FrameZoneList_s;
 
 struct Frame_s {
     std::string Name;
     uint64_t UniqueID = 0;
     DataSet_s *DataSet = nullptr;
+    FrameZoneList_s *ZoneList = nullptr;  // derived values of the data set's variables
 };
 
 // The current frame; null before the first frame exists.
@@ -29,5 +31,7 @@ Frame_s *FrameStackGet(int position);
 bool AttachDataSetToCurFrame(DataSet_s *dataSet);
 // The frame lets go of its data set; the data set is freed with its last reference.
 void DetachDataSetFromFrame(Frame_s *frame);
+// The frame's derived-value list, sized for its data set (mainline only).
+FrameZoneList_s *GetFrameZoneList(Frame_s *frame);
 // Number of frames that hold the data set.
 int DataSetReferenceCount(const DataSet_s *dataSet);
