@@ -777,3 +777,17 @@ bool JournalRegisterMacroCommand(DataSet_s *dataSet, const char *command) {
     if (!DataSetHooks.IsProcessingLayout()) dataSet->Journal.IsDirty = true;
     return true;
 }
+
+bool ReassignDatasetToFileName(DataSet_s *dataSet, const char *fileName) {
+    CleanupDataSetJournal(dataSet);
+    std::string command = "$!READDATASET  '\"";
+    for (const char *c = fileName; *c != '\0'; c++) {
+        if (*c == '"' || *c == '\\') command.push_back('\\');
+        command.push_back(*c);
+    }
+    command += "\"'";
+    if (!JournalRegisterMacroCommand(dataSet, command.c_str())) return false;
+    dataSet->Journal.IsValid = true;
+    StateChanged(StateChange_DataSetFileName, nullptr);
+    return true;
+}

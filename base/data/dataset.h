@@ -180,3 +180,5 @@ void UnsuspendDataSetMarking();
 void MarkDataSetAsChanged(DataSet_s *dataSet);
 void CleanupDataSetJournal(DataSet_s *dataSet);
 bool JournalRegisterMacroCommand(DataSet_s *dataSet, const char *command);
+// After a save: a new journal of one command that reads the data set from the file.
+bool ReassignDatasetToFileName(DataSet_s *dataSet, const char *fileName);

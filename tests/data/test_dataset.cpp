@@ -225,3 +225,26 @@ TEST_F(DataSetTest, ZoneRankAndCounts) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(DataSetTest, JournalIsDroppedByAChangeUnlessMarkingIsSuspended) {
+    makeDataSet(1, 1);
+    DataSet_s *ds = dataSet();
+    ASSERT_TRUE(ReassignDatasetToFileName(ds, "/data/a \"b\".plt"));
+    ASSERT_NE(ds->Journal.Commands, nullptr);
+    EXPECT_EQ(ArrayListGetCount(ds->Journal.Commands), 1);
+    EXPECT_STREQ(ArrayListGetItem(ds->Journal.Commands, 0).CharPtr, "$!READDATASET  '\"/data/a \\\"b\\\".plt\"'");
+    EXPECT_TRUE(ds->Journal.IsValid);
+    EXPECT_TRUE(ds->Journal.IsDirty);
+    SuspendDataSetMarking();
+    MarkDataSetAsChanged(ds);
+    EXPECT_TRUE(ds->Journal.IsValid);  // suspended: the recipe still holds
+    UnsuspendDataSetMarking();
+    MarkDataSetAsChanged(ds);
+    EXPECT_FALSE(ds->Journal.IsValid);
+    EXPECT_EQ(ds->Journal.Commands, nullptr);
+    EXPECT_FALSE(ds->Journal.IsDirty);
+}
+
+}  // namespace

@@ -371,3 +371,32 @@ TEST_F(DataSetTest, MirrorNegatesTheAxisVariableOnAPrivateCopy) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(DataSetTest, BranchingAnUnloadedFileVariableDoesNotReadTheFile) {
+    makeDataSet(1, 2, 4, 1, 1);
+    DataSet_s *ds = dataSet();
+    // Four floats in a file, behind a 4-byte preamble.
+    std::string file = tempDir + "/values.bin";
+    FILE *f = fopen(file.c_str(), "wb");
+    const float values[5] = {0.0f, 1.0f, 2.0f, 3.0f, 4.0f};
+    fwrite(values, sizeof(float), 5, f);
+    fclose(f);
+    FieldData_a fileVar = FieldDataAlloc();
+    ASSERT_TRUE(LoadBinaryBlockVariable(file.c_str(), DataValueStructure_ClassicGhost, false, 4, 1, nullptr,
+                                        GetZoneSpec(ds, 0), FieldDataType_Float, true, ValueLocation_Nodal, fileVar));
+    SetNativeFieldDataPtr(ds, 0, 0, fileVar);
+    ShareVariable(ds, 0, 1, 0);
+    ASSERT_FALSE(IsFieldDataReadable(fileVar));
+    remove(file.c_str());  // a read from here on would fail
+    ASSERT_TRUE(BranchVariable(ds, 1, 0));
+    FieldData_a branched = GetNativeFieldDataPtr(ds, 1, 0);
+    EXPECT_NE(branched, fileVar);
+    EXPECT_FALSE(IsFieldDataReadable(branched));
+    EXPECT_EQ(branched->VarShareRefCount, 1);
+    EXPECT_EQ(fileVar->VarShareRefCount, 1);
+    EXPECT_EQ(branched->NumValues, 4);
+}
+
+}  // namespace
