@@ -94,35 +94,26 @@ void DataLoadAccountForVarUnloaded(const FieldData_s *fieldData) {
     DataLoadAccountForKBytesUnloaded(FieldDataGetBytesNeeded(fieldData->NumValues, fieldData->Type) / 1024);
 }
 
-int64_t DataLoadGetTotalKBytesLoaded() {
+// A counter read under the statistics mutex.
+static int64_t lockedRead(const int64_t &counter) {
     MutexLock lock(DataLoadStatsMutex);
-    return totalKBytesLoaded;
+    return counter;
 }
 
-int64_t DataLoadGetTotalKBytesUnloaded() {
-    MutexLock lock(DataLoadStatsMutex);
-    return totalKBytesUnloaded;
-}
+int64_t DataLoadGetTotalKBytesLoaded() { return lockedRead(totalKBytesLoaded); }
+
+int64_t DataLoadGetTotalKBytesUnloaded() { return lockedRead(totalKBytesUnloaded); }
 
 int64_t DataLoadGetResidentKBytes() {
     MutexLock lock(DataLoadStatsMutex);
     return totalKBytesLoaded - totalKBytesUnloaded;
 }
 
-int64_t DataLoadGetPeakKBytesResident() {
-    MutexLock lock(DataLoadStatsMutex);
-    return peakKBytesResident;
-}
+int64_t DataLoadGetPeakKBytesResident() { return lockedRead(peakKBytesResident); }
 
-int64_t DataLoadGetNumLoadCalls() {
-    MutexLock lock(DataLoadStatsMutex);
-    return numLoadCalls;
-}
+int64_t DataLoadGetNumLoadCalls() { return lockedRead(numLoadCalls); }
 
-int64_t DataLoadGetNumUnloadCalls() {
-    MutexLock lock(DataLoadStatsMutex);
-    return numUnloadCalls;
-}
+int64_t DataLoadGetNumUnloadCalls() { return lockedRead(numUnloadCalls); }
 
 int64_t GetMaxUsablePhysicalMemory() {
     if (GeneralBase.MaxUsableMemoryMB > 0) return static_cast<int64_t>(GeneralBase.MaxUsableMemoryMB) * 1024 * 1024;

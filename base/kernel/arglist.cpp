@@ -180,39 +180,34 @@ bool ArgListAppendRef(ArgList_s *argList, const char *name, void *value) {
     return append(argList, name, ArrayListType_VoidPtr, item);
 }
 
-ArgListGetResult_e ArgListGetArbParam(ArgList_s *argList, const char *name, ArbParam_t *value) {
+// A lookup of one kind: the value is copied out of the item's member when found.
+template <typename T>
+static ArgListGetResult_e getTyped(ArgList_s *argList, const char *name, ArrayListType_e type,
+                                   T ArrayListItem_u::*member, T *value) {
     ArrayListItem_u item;
-    ArgListGetResult_e result = find(argList, name, ArrayListType_ArbParam, &item);
-    if (result == ArgListGetResult_Found) *value = item.ArbParam;
+    ArgListGetResult_e result = find(argList, name, type, &item);
+    if (result == ArgListGetResult_Found) *value = item.*member;
     return result;
+}
+
+ArgListGetResult_e ArgListGetArbParam(ArgList_s *argList, const char *name, ArbParam_t *value) {
+    return getTyped(argList, name, ArrayListType_ArbParam, &ArrayListItem_u::ArbParam, value);
 }
 
 ArgListGetResult_e ArgListGetArbParamPtr(ArgList_s *argList, const char *name, ArbParam_t **value) {
-    ArrayListItem_u item;
-    ArgListGetResult_e result = find(argList, name, ArrayListType_ArbParamPtr, &item);
-    if (result == ArgListGetResult_Found) *value = item.ArbParamPtr;
-    return result;
+    return getTyped(argList, name, ArrayListType_ArbParamPtr, &ArrayListItem_u::ArbParamPtr, value);
 }
 
 ArgListGetResult_e ArgListGetLgIndex(ArgList_s *argList, const char *name, LgIndex_t *value) {
-    ArrayListItem_u item;
-    ArgListGetResult_e result = find(argList, name, ArrayListType_LgIndex, &item);
-    if (result == ArgListGetResult_Found) *value = item.LgIndex;
-    return result;
+    return getTyped(argList, name, ArrayListType_LgIndex, &ArrayListItem_u::LgIndex, value);
 }
 
 ArgListGetResult_e ArgListGetDouble(ArgList_s *argList, const char *name, double *value) {
-    ArrayListItem_u item;
-    ArgListGetResult_e result = find(argList, name, ArrayListType_Double, &item);
-    if (result == ArgListGetResult_Found) *value = item.Double;
-    return result;
+    return getTyped(argList, name, ArrayListType_Double, &ArrayListItem_u::Double, value);
 }
 
 ArgListGetResult_e ArgListGetDoublePtr(ArgList_s *argList, const char *name, double **value) {
-    ArrayListItem_u item;
-    ArgListGetResult_e result = find(argList, name, ArrayListType_DoublePtr, &item);
-    if (result == ArgListGetResult_Found) *value = item.DoublePtr;
-    return result;
+    return getTyped(argList, name, ArrayListType_DoublePtr, &ArrayListItem_u::DoublePtr, value);
 }
 
 ArgListGetResult_e ArgListGetString(ArgList_s *argList, const char *name, char **value) {
@@ -223,8 +218,5 @@ ArgListGetResult_e ArgListGetString(ArgList_s *argList, const char *name, char *
 }
 
 ArgListGetResult_e ArgListGetRef(ArgList_s *argList, const char *name, void **value) {
-    ArrayListItem_u item;
-    ArgListGetResult_e result = find(argList, name, ArrayListType_VoidPtr, &item);
-    if (result == ArgListGetResult_Found) *value = item.VoidPtr;
-    return result;
+    return getTyped(argList, name, ArrayListType_VoidPtr, &ArrayListItem_u::VoidPtr, value);
 }

@@ -39,12 +39,25 @@ struct ScanContext {
 
 using OptionHandler = bool (*)(ScanContext &scan, const char *value);
 
+// What an option does: most set a flag or store their value (a file name made absolute against
+// the start directory); the rest call a handler.
+enum OptionAction_e {
+    OptionAction_None,     // accepted and without effect
+    OptionAction_SetFlag,  // *Flag = FlagValue
+    OptionAction_SetText,  // *Text = the value as given
+    OptionAction_SetPath,  // *Text = the value made absolute
+    OptionAction_Call      // Handler(scan, value); false fails start-up
+};
+
 struct CommandLineOption_s {
     const char *Name;
     bool PreScan;
-    bool TakesValue;
     const char *MissingValueMessage;  // null when the option takes no value
-    OptionHandler Handler;            // null: accepted and without effect
+    OptionAction_e Action;
+    bool *Flag = nullptr;
+    bool FlagValue = true;
+    std::string *Text = nullptr;
+    OptionHandler Handler = nullptr;
 };
 
 std::string absolute(const char *name) { return MakeAbsolutePath(name, StartupDirectory); }
@@ -68,43 +81,18 @@ bool noteDataFile(ScanContext &scan) {
     return true;
 }
 
-bool setFlag(bool *flag, bool value) {
-    *flag = value;
-    return true;
-}
-
 bool onVersion(ScanContext &, const char *) {
     printf("Orvanex %s %s\n", VersionStr, OrvanexPlatform);
     fflush(stdout);
     return false;
-}
-bool onNoBanner(ScanContext &, const char *) { return setFlag(&ShowOpeningBanner, false); }
-bool onNoSidebar(ScanContext &, const char *) { return setFlag(&ShowInitialSidebar, false); }
-bool onNoToolbar(ScanContext &, const char *) { return setFlag(&ToolbarDisabled, true); }
-bool onNoMainMenu(ScanContext &, const char *) { return setFlag(&MainMenuDisabled, true); }
-bool onAlternateTitle(ScanContext &, const char *value) {
-    OrvanexAppTitle = value;
-    return true;
 }
 bool onDataSetReader(ScanContext &scan, const char *value) {
     CommandLineState.DataSetReaderName = value;
     scan.sawDataSetReader = true;
     return true;
 }
-bool onAddOnFile(ScanContext &, const char *value) {
-    CommandLineState.AddOnFileName = absolute(value);
-    return true;
-}
 bool onLoadAddOn(ScanContext &, const char *value) {
     CommandLineState.AddOnNames.emplace_back(value);
-    return true;
-}
-bool onConfigFile(ScanContext &, const char *value) {
-    ConfigFName = absolute(value);
-    return true;
-}
-bool onHomeDirectory(ScanContext &, const char *value) {
-    OrvanexHomeDirectory = absolute(value);
     return true;
 }
 bool onQuickMacroFile(ScanContext &, const char *value) {
@@ -112,7 +100,6 @@ bool onQuickMacroFile(ScanContext &, const char *value) {
     CommandLineState.UserNamedQuickMacroFile = true;
     return true;
 }
-bool onNoStdAddOns(ScanContext &, const char *) { return setFlag(&CommandLineState.LoadStandardAddOns, false); }
 bool onDefine(ScanContext &, const char *value) {
     const char *equals = strchr(value, '=');
     if (equals == nullptr) {  // NAME alone removes the variable, as putenv does
@@ -123,7 +110,6 @@ bool onDefine(ScanContext &, const char *value) {
     setenv(name.c_str(), equals + 1, 1);
     return true;
 }
-bool onMaximize(ScanContext &, const char *) { return setFlag(&WantsToMaximizeProcessWindow, true); }
 bool onQuiet(ScanContext &, const char *) {
     GeneralBase.EnablePauses = false;
     GeneralBase.EnableDelays = false;
@@ -143,20 +129,12 @@ bool onExportFile(ScanContext &, const char *value) {
     GeneralBase.ExportFName = absolute(value);
     return true;
 }
-bool onFontFile(ScanContext &, const char *value) {
-    FontFName = absolute(value);
+bool onBatch(ScanContext &scan, const char *) {
+    scan.sawBatch = true;
     return true;
 }
-bool onBatch(ScanContext &scan, const char *) { return setFlag(&scan.sawBatch, true); }
-bool onNoBatchLog(ScanContext &scan, const char *) { return setFlag(&scan.noBatchLog, true); }
-bool onShowPanel(ScanContext &, const char *) { return setFlag(&CommandLineState.ShowQuickMacroPanel, true); }
-bool onDebugPlay(ScanContext &, const char *) { return setFlag(&DebugPlay, true); }
-bool onStylesheet(ScanContext &, const char *value) {
-    StyleFName = absolute(value);
-    return true;
-}
-bool onColorMap(ScanContext &, const char *value) {
-    ColorFName = absolute(value);
+bool onNoBatchLog(ScanContext &scan, const char *) {
+    scan.noBatchLog = true;
     return true;
 }
 bool onDataFile(ScanContext &scan, const char *value) {
@@ -166,41 +144,64 @@ bool onDataFile(ScanContext &scan, const char *value) {
     return true;
 }
 
+CommandLineOption_s flagOption(const char *name, bool *flag, bool value, bool preScan = false) {
+    return {name, preScan, nullptr, OptionAction_SetFlag, flag, value, nullptr, nullptr};
+}
+CommandLineOption_s pathOption(const char *name, const char *missing, std::string *target, bool preScan = false) {
+    return {name, preScan, missing, OptionAction_SetPath, nullptr, true, target, nullptr};
+}
+CommandLineOption_s callOption(const char *name, const char *missing, OptionHandler handler, bool preScan = false) {
+    return {name, preScan, missing, OptionAction_Call, nullptr, true, nullptr, handler};
+}
+CommandLineOption_s ignoredOption(const char *name) { return {name, false, nullptr, OptionAction_None}; }
+
 const CommandLineOption_s CommandLineOptions[] = {
-    {"-V", false, false, nullptr, onVersion},
-    {"-NOBANNER", false, false, nullptr, onNoBanner},
-    {"-NOSIDEBAR", false, false, nullptr, onNoSidebar},
-    {"-NOTOOLBAR", false, false, nullptr, onNoToolbar},
-    {"-NOMAINMENU", false, false, nullptr, onNoMainMenu},
-    {"-ALTERNATETITLE", false, true, "Missing alternate title string.", onAlternateTitle},
-    {"-datasetreader", false, true, "Missing data set reader name", onDataSetReader},
-    {"-ADDONFILE", false, true, "Missing addonlist filename", onAddOnFile},
-    {"-LOADADDON", false, true, "Missing add-on filename", onLoadAddOn},
-    {"-C", true, true, "Missing alternate configuration fname", onConfigFile},
-    {"-H", true, true, "Missing home directory name for -h flag", onHomeDirectory},
-    {"-QM", true, true, "Missing alternate quick macro file name", onQuickMacroFile},
-    {"-NOSTDADDONS", true, false, nullptr, onNoStdAddOns},
-    {"-DEFINE", true, true, "Missing environment variable assignment from -define parameter", onDefine},
-    {"-X", false, false, nullptr, onMaximize},
-    {"-Q", false, false, nullptr, onQuiet},
-    {"-P", false, true, "Missing macro filename", onMacroFile},
-    {"-R", false, true, "Missing routename", onPrintFile},
-    {"-Y", false, true, "Missing export routename", onExportFile},
-    {"-F", false, true, "Missing alternate font filename", onFontFile},
-    {"-B", false, false, nullptr, onBatch},
-    {"-NOBATCHLOG", false, false, nullptr, onNoBatchLog},
-    {"-SHOWPANEL", false, false, nullptr, onShowPanel},
-    {"-Z", false, false, nullptr, onDebugPlay},
-    {"-S", false, true, "Missing stylesheet fname", onStylesheet},
-    {"-M", false, true, "Missing colormap fname", onColorMap},
-    {"-DATAFILE", false, true, "Missing datafile name", onDataFile},
-    {"-ALWAYSONBOTTOM", false, false, nullptr, nullptr},
-    {"-DEVELOP", false, false, nullptr, nullptr},
-    {"-MESA", false, false, nullptr, nullptr},
-    {"-SGIOPENGL", false, false, nullptr, nullptr},
-    {"-OPENGL", false, false, nullptr, nullptr},
-    {"-ASSERTLOG", false, false, nullptr, nullptr},
+    callOption("-V", nullptr, onVersion),
+    flagOption("-NOBANNER", &ShowOpeningBanner, false),
+    flagOption("-NOSIDEBAR", &ShowInitialSidebar, false),
+    flagOption("-NOTOOLBAR", &ToolbarDisabled, true),
+    flagOption("-NOMAINMENU", &MainMenuDisabled, true),
+    {"-ALTERNATETITLE", false, "Missing alternate title string.", OptionAction_SetText, nullptr, true, &OrvanexAppTitle},
+    callOption("-datasetreader", "Missing data set reader name", onDataSetReader),
+    pathOption("-ADDONFILE", "Missing addonlist filename", &CommandLineState.AddOnFileName),
+    callOption("-LOADADDON", "Missing add-on filename", onLoadAddOn),
+    pathOption("-C", "Missing alternate configuration fname", &ConfigFName, true),
+    pathOption("-H", "Missing home directory name for -h flag", &OrvanexHomeDirectory, true),
+    callOption("-QM", "Missing alternate quick macro file name", onQuickMacroFile, true),
+    flagOption("-NOSTDADDONS", &CommandLineState.LoadStandardAddOns, false, true),
+    callOption("-DEFINE", "Missing environment variable assignment from -define parameter", onDefine, true),
+    flagOption("-X", &WantsToMaximizeProcessWindow, true),
+    callOption("-Q", nullptr, onQuiet),
+    callOption("-P", "Missing macro filename", onMacroFile),
+    callOption("-R", "Missing routename", onPrintFile),
+    callOption("-Y", "Missing export routename", onExportFile),
+    pathOption("-F", "Missing alternate font filename", &FontFName),
+    callOption("-B", nullptr, onBatch),
+    callOption("-NOBATCHLOG", nullptr, onNoBatchLog),
+    flagOption("-SHOWPANEL", &CommandLineState.ShowQuickMacroPanel, true),
+    flagOption("-Z", &DebugPlay, true),
+    pathOption("-S", "Missing stylesheet fname", &StyleFName),
+    pathOption("-M", "Missing colormap fname", &ColorFName),
+    callOption("-DATAFILE", "Missing datafile name", onDataFile),
+    ignoredOption("-ALWAYSONBOTTOM"),
+    ignoredOption("-DEVELOP"),
+    ignoredOption("-MESA"),
+    ignoredOption("-SGIOPENGL"),
+    ignoredOption("-OPENGL"),
+    ignoredOption("-ASSERTLOG"),
 };
+
+// Carries out an option whose value (if any) has been taken. False fails start-up.
+bool applyOption(const CommandLineOption_s &option, ScanContext &scan, const char *value) {
+    switch (option.Action) {
+    case OptionAction_None: return true;
+    case OptionAction_SetFlag: *option.Flag = option.FlagValue; return true;
+    case OptionAction_SetText: *option.Text = value; return true;
+    case OptionAction_SetPath: *option.Text = absolute(value); return true;
+    case OptionAction_Call: return option.Handler(scan, value);
+    }
+    return true;
+}
 
 const CommandLineOption_s *findOption(const char *arg) {
     for (const CommandLineOption_s &option : CommandLineOptions)
@@ -353,7 +354,7 @@ void PreScanCommandLine(int argc, char **argv, bool *ok) {
         const CommandLineOption_s *option = findOption(argv[i]);
         if (option == nullptr || !option->PreScan) continue;
         const char *value = nullptr;
-        if (option->TakesValue) {
+        if (option->MissingValueMessage != nullptr) {
             if (i + 1 >= argc) {
                 ErrMsg("%s", option->MissingValueMessage);
                 *ok = false;
@@ -361,7 +362,7 @@ void PreScanCommandLine(int argc, char **argv, bool *ok) {
             }
             value = argv[++i];
         }
-        option->Handler(scan, value);
+        applyOption(*option, scan, value);
     }
 }
 
@@ -401,7 +402,7 @@ void ProcessCommandLineOptions(int argc, char **argv, bool *ok) {
         }
         if (const CommandLineOption_s *option = findOption(arg)) {
             const char *value = nullptr;
-            if (option->TakesValue) {
+            if (option->MissingValueMessage != nullptr) {
                 if (i + 1 >= argc) {
                     ErrMsg("%s", option->MissingValueMessage);
                     *ok = false;
@@ -409,8 +410,7 @@ void ProcessCommandLineOptions(int argc, char **argv, bool *ok) {
                 }
                 value = argv[++i];
             }
-            if (option->PreScan || option->Handler == nullptr) continue;  // done by the pre-scan, or no effect
-            if (!option->Handler(scan, value)) *ok = false;
+            if (!option->PreScan && !applyOption(*option, scan, value)) *ok = false;  // pre-scan ones are done
             continue;
         }
         size_t length = strlen(arg);
