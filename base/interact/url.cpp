@@ -9,6 +9,7 @@
 
 #include "base/kernel/alloc.h"
 #include "base/kernel/orvassert.h"
+#include "base/kernel/strutil.h"
 
 namespace {
 
@@ -64,7 +65,6 @@ private:
 
 bool isAsciiLetter(unsigned char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 bool isAsciiDigit(unsigned char c) { return c >= '0' && c <= '9'; }
-char toLowerAscii(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; }
 
 // The value of a hexadecimal digit, or -1 for any other character.
 int hexValue(unsigned char c) {
@@ -83,13 +83,7 @@ bool isExtraSafeChar(unsigned char c, const char *extraSafe) {
     return extraSafe != nullptr && c != '\0' && strchr(extraSafe, c) != nullptr;
 }
 
-char *copyText(const char *text, size_t length) {
-    auto *copy = static_cast<char *>(newmalloc(length + 1));
-    if (copy == nullptr) return nullptr;
-    memcpy(copy, text, length);
-    copy[length] = '\0';
-    return copy;
-}
+char *copyText(const char *text, size_t length) { return CopySubString(text, 0, LgIndex_t(length)); }
 
 // A copy of a part that may be absent. *ok turns false only when memory runs out.
 char *copyPart(const char *text, bool *ok) {
@@ -111,13 +105,7 @@ int32_t *copyPort(const int32_t *port, bool *ok) {
 }
 
 // Compares two parts without regard to ASCII case; an absent part equals only an absent one.
-bool partsMatch(const char *a, const char *b) {
-    if (a == nullptr || b == nullptr) return a == b;
-    for (; *a != '\0' && *b != '\0'; ++a, ++b) {
-        if (toLowerAscii(*a) != toLowerAscii(*b)) return false;
-    }
-    return *a == *b;
-}
+bool partsMatch(const char *a, const char *b) { return ustrcmp(a, b) == 0; }
 
 Scheme schemeOf(const char *scheme) {
     if (partsMatch(scheme, "ftp")) return Scheme::Ftp;
@@ -228,7 +216,7 @@ bool parseURL(const char *text, URL_s *url) {
     if (colon == nullptr || colon == text) return false;
     url->Scheme = copyText(text, static_cast<size_t>(colon - text));
     if (url->Scheme == nullptr) return false;
-    for (char *c = url->Scheme; *c != '\0'; ++c) *c = toLowerAscii(*c);
+    LowerCaseStr(url->Scheme);
 
     Scheme scheme = schemeOf(url->Scheme);
     if (scheme == Scheme::Other) return false;
@@ -354,7 +342,7 @@ bool URLSetParts(URL_s *url,
         return false;
     }
     if (parts.Scheme != nullptr) {
-        for (char *c = parts.Scheme; *c != '\0'; ++c) *c = toLowerAscii(*c);
+        LowerCaseStr(parts.Scheme);
     }
     freeParts(url);
     *url = parts;

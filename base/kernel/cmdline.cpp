@@ -191,6 +191,17 @@ const CommandLineOption_s CommandLineOptions[] = {
     ignoredOption("-ASSERTLOG"),
 };
 
+// Takes the option's value, the next argument, if it has one; reports a missing one.
+bool takeOptionValue(const CommandLineOption_s &option, int argc, char **argv, int *i, const char **value) {
+    if (option.MissingValueMessage == nullptr) return true;
+    if (*i + 1 >= argc) {
+        ErrMsg("%s", option.MissingValueMessage);
+        return false;
+    }
+    *value = argv[++*i];
+    return true;
+}
+
 // Carries out an option whose value (if any) has been taken. False fails start-up.
 bool applyOption(const CommandLineOption_s &option, ScanContext &scan, const char *value) {
     switch (option.Action) {
@@ -354,13 +365,9 @@ void PreScanCommandLine(int argc, char **argv, bool *ok) {
         const CommandLineOption_s *option = findOption(argv[i]);
         if (option == nullptr || !option->PreScan) continue;
         const char *value = nullptr;
-        if (option->MissingValueMessage != nullptr) {
-            if (i + 1 >= argc) {
-                ErrMsg("%s", option->MissingValueMessage);
-                *ok = false;
-                break;
-            }
-            value = argv[++i];
+        if (!takeOptionValue(*option, argc, argv, &i, &value)) {
+            *ok = false;
+            break;
         }
         applyOption(*option, scan, value);
     }
@@ -402,13 +409,9 @@ void ProcessCommandLineOptions(int argc, char **argv, bool *ok) {
         }
         if (const CommandLineOption_s *option = findOption(arg)) {
             const char *value = nullptr;
-            if (option->MissingValueMessage != nullptr) {
-                if (i + 1 >= argc) {
-                    ErrMsg("%s", option->MissingValueMessage);
-                    *ok = false;
-                    break;
-                }
-                value = argv[++i];
+            if (!takeOptionValue(*option, argc, argv, &i, &value)) {
+                *ok = false;
+                break;
             }
             if (!option->PreScan && !applyOption(*option, scan, value)) *ok = false;  // pre-scan ones are done
             continue;

@@ -10,20 +10,20 @@
 #include "base/kernel/globals.h"
 #include "base/plot/frame.h"
 #include "e2e/harness.h"
+#include "support/scratch.h"
 
 class DataSetTest : public ::testing::Test {
   protected:
     void SetUp() override {
-        char templ[] = "/tmp/orvanex_data_XXXXXX";
-        ASSERT_NE(mkdtemp(templ), nullptr);
-        tempDir = templ;
+        tempDir = MakeScratchDir("data");
+        ASSERT_FALSE(tempDir.empty());
         OrvanexTempDirectory = tempDir;
         ASSERT_TRUE(CreateNewFrame());
     }
     void TearDown() override {
         DeleteAllFrames();
         OrvanexTempDirectory.clear();
-        ASSERT_EQ(system(("rm -rf '" + tempDir + "'").c_str()), 0);
+        ASSERT_TRUE(RemoveScratchDir(tempDir));
     }
     DataSet_s *dataSet() const { return CurFrame->DataSet; }
 

@@ -19,6 +19,7 @@
 #include "base/kernel/errors.h"
 #include "base/kernel/genbase.h"
 #include "base/kernel/globals.h"
+#include "support/scratch.h"
 
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the byte layouts below are little-endian native");
 
@@ -34,9 +35,8 @@ MessageBoxReply_e captureMessage(const char *text, MessageBoxType_e) {
 class FieldDataTest : public ::testing::Test {
   protected:
     void SetUp() override {
-        char templ[] = "/tmp/orvanex_fielddata_XXXXXX";
-        ASSERT_NE(mkdtemp(templ), nullptr);
-        tempDir = templ;
+        tempDir = MakeScratchDir("fielddata");
+        ASSERT_FALSE(tempDir.empty());
         savedTempDir = OrvanexTempDirectory;
         OrvanexTempDirectory = tempDir;
         saved = GeneralBase;
@@ -50,7 +50,7 @@ class FieldDataTest : public ::testing::Test {
         ClearPendingErrors();
         GeneralBase = saved;
         OrvanexTempDirectory = savedTempDir;
-        ASSERT_EQ(system(("rm -rf '" + tempDir + "'").c_str()), 0);
+        ASSERT_TRUE(RemoveScratchDir(tempDir));
     }
     FieldData_a make(LgIndex_t numValues, FieldDataType_e type, bool alloc = true) {
         FieldData_a fieldData = FieldDataAlloc();

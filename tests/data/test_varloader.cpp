@@ -18,6 +18,7 @@
 #include "base/kernel/errors.h"
 #include "base/kernel/genbase.h"
 #include "base/kernel/globals.h"
+#include "support/scratch.h"
 
 namespace {
 
@@ -47,9 +48,8 @@ struct Bytes {
 class VarLoaderTest : public ::testing::Test {
   protected:
     void SetUp() override {
-        char templ[] = "/tmp/orvanex_varload_XXXXXX";
-        ASSERT_NE(mkdtemp(templ), nullptr);
-        dir = templ;
+        dir = MakeScratchDir("varload");
+        ASSERT_FALSE(dir.empty());
         savedTempDir = OrvanexTempDirectory;
         OrvanexTempDirectory = dir + "/cache";
         ASSERT_EQ(mkdir(OrvanexTempDirectory.c_str(), 0700), 0);
@@ -65,7 +65,7 @@ class VarLoaderTest : public ::testing::Test {
         ClearPendingErrors();
         GeneralBase = saved;
         OrvanexTempDirectory = savedTempDir;
-        ASSERT_EQ(system(("rm -rf '" + dir + "'").c_str()), 0);
+        ASSERT_TRUE(RemoveScratchDir(dir));
     }
     std::string write(const Bytes &bytes, const char *name = "data.plt") {
         std::string path = dir + "/" + name;

@@ -12,12 +12,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "support/scratch.h"
+
 extern char **environ;
 
 Scratch::Scratch() {
-    char templ[] = "/tmp/orvanex_e2e_XXXXXX";
-    if (mkdtemp(templ) == nullptr) throw std::runtime_error("cannot make scratch directory");
-    dir_ = templ;
+    dir_ = MakeScratchDir("e2e");
+    if (dir_.empty()) throw std::runtime_error("cannot make scratch directory");
     mkdir(tmpDir().c_str(), 0755);
     mkdir(path("home").c_str(), 0755);
     // A run sees only what the test gives it: no display, its own temp and home directories.
@@ -34,8 +35,7 @@ Scratch::Scratch() {
 }
 
 Scratch::~Scratch() {
-    std::string command = "rm -rf '" + dir_ + "'";
-    if (system(command.c_str()) != 0) fprintf(stderr, "could not remove %s\n", dir_.c_str());
+    if (!RemoveScratchDir(dir_)) fprintf(stderr, "could not remove %s\n", dir_.c_str());
 }
 
 void Scratch::write(const std::string &name, const std::string &text) const {

@@ -6,21 +6,21 @@
 
 #include "base/interact/fileio.h"
 #include "base/kernel/globals.h"
+#include "support/scratch.h"
 
 namespace {
 
 class FileIo : public ::testing::Test {
   protected:
     void SetUp() override {
-        char templ[] = "/tmp/orvanex_fileio_XXXXXX";
-        ASSERT_NE(mkdtemp(templ), nullptr);
-        dir = templ;
+        dir = MakeScratchDir("fileio");
+        ASSERT_FALSE(dir.empty());
         savedBatch = InBatchMode;
         InBatchMode = true;  // overwrite questions answer yes, as in a batch run
     }
     void TearDown() override {
         InBatchMode = savedBatch;
-        ASSERT_EQ(system(("rm -rf '" + dir + "'").c_str()), 0);
+        ASSERT_TRUE(RemoveScratchDir(dir));
     }
     std::string path(const std::string &name) const { return dir + "/" + name; }
     std::string dir;
