@@ -62,12 +62,12 @@ VarSpec_s *varSpecAlloc() {
 }
 
 bool varSpecItemDestructor(void *itemRef, ArbParam_t) {
-    auto **spec = static_cast<VarSpec_s **>(itemRef);
-    if (*spec != nullptr) {
-        newfree((*spec)->LockOwner);
-        AuxDataDealloc(&(*spec)->AuxData);
-        newfree(*spec);
-        *spec = nullptr;
+    auto **slot = static_cast<VarSpec_s **>(itemRef);
+    if (VarSpec_s *varSpec = *slot) {
+        newfree(varSpec->LockOwner);
+        AuxDataDealloc(&varSpec->AuxData);
+        newfree(varSpec);
+        *slot = nullptr;
     }
     return true;
 }

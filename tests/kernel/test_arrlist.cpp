@@ -127,20 +127,6 @@ TEST(ArrayListCapacity, CallbackRefusalFailsAndLeavesTheList) {
     ArrayListDealloc(&list, nullptr, 0);
 }
 
-TEST(ArrayListTypes, ItemSizesByCode) {
-    const int oneByte[] = {0, 5, 14};
-    const int twoBytes[] = {1, 6, 12, 13};
-    const int fourBytes[] = {2, 7, 9, 11};
-    for (int t : oneByte) EXPECT_EQ(ArrayListItemSizeOfType(static_cast<ArrayListType_e>(t)), 1) << t;
-    for (int t : twoBytes) EXPECT_EQ(ArrayListItemSizeOfType(static_cast<ArrayListType_e>(t)), 2) << t;
-    for (int t : fourBytes) EXPECT_EQ(ArrayListItemSizeOfType(static_cast<ArrayListType_e>(t)), 4) << t;
-    for (int t : {3, 4, 8, 10, 32, 33, 34}) EXPECT_EQ(ArrayListItemSizeOfType(static_cast<ArrayListType_e>(t)), 8) << t;
-    for (int t = 16; t <= 30; t++) EXPECT_EQ(ArrayListItemSizeOfType(static_cast<ArrayListType_e>(t)), 8) << t;
-    EXPECT_EQ(ArrayListType_CharPtr, 21);
-    EXPECT_EQ(ArrayListType_DoublePtr, 26);
-    EXPECT_EQ(sizeof(ArrayListItem_u), 8u);
-}
-
 TEST(ArrayListTypes, SmallItemsKeepTheirNeighbours) {
     ArrayList_s *list = ArrayListAlloc(0, ArrayListType_EntIndex, nullptr, 0);
     ArrayListItem_u item;
@@ -368,13 +354,4 @@ TEST(ArrayListSearch, FoundPositionOrInsertionPoint) {
     EXPECT_EQ(index, 0);
     ArrayListDealloc(&empty, nullptr, 0);
     ArrayListDealloc(&list, nullptr, 0);
-}
-
-TEST(ArrayListOwnership, NothingLeaks) {
-    long before = AllocActiveCount();
-    ArrayList_s *list = intList({1, 2, 3});
-    ArrayList_s *copy = ArrayListCopy(list, nullptr, 0);
-    ArrayListDealloc(&copy, nullptr, 0);
-    ArrayListDealloc(&list, nullptr, 0);
-    EXPECT_EQ(AllocActiveCount(), before);
 }

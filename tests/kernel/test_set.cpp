@@ -120,13 +120,6 @@ TEST(SetWalk, WalksCrossWordEdgesBothWays) {
     EXPECT_EQ(GetNextMember(s.set, 128), 1000);
 }
 
-TEST(SetWalk, NullSetsAnswerMinusOne) {
-    EXPECT_EQ(GetNextMember(nullptr, -1), BADSETVALUE);
-    EXPECT_EQ(GetPrevMember(nullptr, -1), BADSETVALUE);
-    EXPECT_TRUE(IsEmpty(nullptr));
-    EXPECT_EQ(MemberCount(nullptr), 0);
-}
-
 TEST(SetCounting, CountOffsetAndVoids) {
     SetGuard s({2, 63, 64, 200});
     EXPECT_EQ(MemberCount(s.set), 4);
@@ -316,18 +309,4 @@ TEST(SetCopy, CopySetMemberAddsOrRemoves) {
     ASSERT_TRUE(CopySetMember(dest.set, 100, src.set, 4));
     ASSERT_TRUE(CopySetMember(dest.set, 9, src.set, 5));
     EXPECT_EQ(members(dest.set), (Members{100}));
-}
-
-TEST(SetOwnership, ListOfSetsIsFreedByTheItemDestructor) {
-    long before = AllocActiveCount();
-    ArrayList_s *list = ArrayListAlloc(0, ArrayListType_VoidPtr, nullptr, 0);
-    for (int i = 0; i < 3; i++) {
-        ArrayListItem_u item;
-        item.VoidPtr = AllocSet(false);
-        AddToSet(static_cast<Set_a *>(item.VoidPtr), 100 * i, false);
-        ASSERT_TRUE(ArrayListAppendItem(list, item));
-    }
-    ArrayListDealloc(&list, SetItemDestructor, 0);
-    EXPECT_EQ(list, nullptr);
-    EXPECT_EQ(AllocActiveCount(), before);
 }

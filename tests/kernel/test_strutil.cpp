@@ -264,25 +264,6 @@ TEST(Conversions, NewlinesBackslashesAndQuotedLines) {
     EXPECT_EQ(ConvertStringToNewlineDelimitedString("\"a\" bare"), nullptr);
 }
 
-TEST(Conversions, PlaceHolders) {
-    EXPECT_EQ(take(InsertNameAtPlaceHolder("@.plt", "data")), "data.plt");
-    EXPECT_EQ(take(InsertNameAtPlaceHolder("@/@", "x")), "x/x");
-    EXPECT_EQ(InsertNameAtPlaceHolder("none", "x"), nullptr);
-}
-
-TEST(StandardStrings, TokenizeAndTrim) {
-    std::vector<std::string> tokens{"kept"};
-    Tokenize(",,a,b;;c,", ",;", &tokens);
-    EXPECT_EQ(tokens, (Strings{"kept", "a", "b", "c"}));
-    tokens.clear();
-    Tokenize("", ",", &tokens);
-    EXPECT_TRUE(tokens.empty());
-    EXPECT_EQ(Trim("  a b \t"), "a b");
-    EXPECT_EQ(Trim_left("  a "), "a ");
-    EXPECT_EQ(Trim_right("  a "), "  a");
-    EXPECT_EQ(Trim("   "), "");
-}
-
 TEST(NumberReaders, RealsAndTheirClipping) {
     double value = -1;
     bool clipped = true;
