@@ -1,0 +1,1056 @@
+// Reading and writing the binary data file. The file has no padding, no alignment and no record
+// lengths: every record is parsed to find the next. Values are the exception: their blocks are
+// never parsed, only located (one fseek each), and registered with their offsets so that load on
+// demand and memory mapping can find them later.
+#include "base/data/dataio.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cmath>
+#include <cstring>
+#include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "base/data/dataload.h"
+#include "base/data/datautil.h"
+#include "base/data/share.h"
+#include "base/data/strand.h"
+#include "base/interact/fileio.h"
+#include "base/kernel/alloc.h"
+#include "base/kernel/auxdata.h"
+#include "base/kernel/errors.h"
+#include "base/kernel/genbase.h"
+#include "base/kernel/strlist.h"
+#include "base/kernel/strutil.h"
+
+namespace {
+
+// ---- markers and the codes that differ between file and memory -----------------------------
+
+constexpr float ZoneMarker = 299.0f, GeomMarker = 399.0f, TextMarker = 499.0f, CustomLabelMarker = 599.0f,
+                UserRecMarker = 699.0f, DataSetAuxMarker = 799.0f, VarAuxMarker = 899.0f, EndOfHeaderMarker = 357.0f;
+
+// Zone type: the file numbers the FE types differently from memory.
+const ZoneType_e ZoneTypeFromFile[6] = {ZoneType_Ordered, ZoneType_FELineSeg, ZoneType_FETriangle,
+                                        ZoneType_FEQuad, ZoneType_FETetra, ZoneType_FEBrick};
+int32_t zoneTypeToFile(ZoneType_e type) {
+    for (int32_t code = 0; code < 6; code++)
+        if (ZoneTypeFromFile[code] == type) return code;
+    return 0;
+}
+
+// Value location: the file says 0 nodal, 1 cell-centred.
+ValueLocation_e locationFromFile(int32_t code) { return code == 1 ? ValueLocation_CellCentered : ValueLocation_Nodal; }
+int32_t locationToFile(ValueLocation_e location) { return location == ValueLocation_CellCentered ? 1 : 0; }
+
+// Text and geometry position: the file's 4 (grid 3D) is memory's 6.
+bool coordSysFromFile(int32_t code, int32_t *coordSys) {
+    if (code == 0 || code == 1) *coordSys = code;
+    else if (code == 4) *coordSys = 6;
+    else return false;
+    return true;
+}
+int32_t coordSysToFile(int32_t coordSys) { return coordSys == 6 ? 4 : coordSys; }
+
+// ---- primitives ---------------------------------------------------------------------------
+
+template <typename T>
+T swapped(T value) {
+    unsigned char bytes[sizeof(T)];
+    memcpy(bytes, &value, sizeof(T));
+    for (size_t i = 0; i < sizeof(T) / 2; i++) std::swap(bytes[i], bytes[sizeof(T) - 1 - i]);
+    memcpy(&value, bytes, sizeof(T));
+    return value;
+}
+
+template <typename T>
+bool readRaw(FileStream_s *stream, T *value) {
+    if (fread(value, sizeof(T), 1, stream->File) != 1) return false;
+    if (!stream->IsByteOrderNative) *value = swapped(*value);
+    return true;
+}
+
+template <typename T>
+bool writeRaw(FileStream_s *stream, T value) {
+    if (!stream->IsByteOrderNative) value = swapped(value);
+    return fwrite(&value, sizeof(T), 1, stream->File) == 1;
+}
+
+// What the reader knows about the file it is in.
+struct Reader {
+    FileStream_s *stream;
+    int version;
+    const char *message = nullptr;  // a specific failure, reported once by the caller
+
+    bool fail(const char *text) {
+        if (message == nullptr) message = text;
+        return false;
+    }
+    // Integers: 32-bit from version 64 on, floats rounded toward zero before that.
+    bool readInt(int32_t min, int32_t max, int32_t *value) {
+        if (version >= 64) {
+            if (!readRaw(stream, value)) return false;
+        } else {
+            float f;
+            if (!readRaw(stream, &f) || std::isnan(f)) return false;
+            double d = std::trunc(double(f) + (f >= 0 ? 1.0e-10 : -1.0e-10));
+            if (d < double(INT32_MIN) || d > double(INT32_MAX)) return false;
+            *value = int32_t(d);
+        }
+        return *value >= min && *value <= max;
+    }
+    bool readDouble(double *value, double limit = 1.0e150) {
+        return readRaw(stream, value) && std::isfinite(*value) && std::fabs(*value) <= limit;
+    }
+    bool readMarker(float *marker) { return readRaw(stream, marker); }
+    // One 32-bit integer per character, ended by 0; characters past maxLength are read and dropped.
+    bool readString(size_t maxLength, std::string *text) {
+        text->clear();
+        for (;;) {
+            int32_t c;
+            if (!readRaw(stream, &c) || c < 0 || c > 255) return false;
+            if (c == 0) return true;
+            if ((c >= 1 && c <= 31 && c != 10) || (c >= 128 && c <= 159)) c = ' ';
+            if (text->size() < maxLength) text->push_back(char(c));
+        }
+    }
+    bool readAuxItem(AuxData_s *aux, const char *badRecord) {
+        std::string name, value;
+        int32_t type;
+        if (!readString(128, &name)) return fail(badRecord);
+        if (!AuxDataIsValidName(name.c_str())) return fail("Invalid auxiliary data name.");
+        if (!readRaw(stream, &type)) return fail(badRecord);
+        if (type != 0) return fail("Unsupported auxiliary data type");
+        if (!readString(32000, &value)) return fail(badRecord);
+        if (aux != nullptr && !AuxDataSetItem(aux, name.c_str(), ArbParam_t(value.c_str()), AuxDataType_String, true))
+            return fail("Out of memory loading binary data file header");
+        return true;
+    }
+};
+
+std::string trim(const std::string &text) {
+    size_t first = text.find_first_not_of(" \t");
+    if (first == std::string::npos) return std::string();
+    return text.substr(first, text.find_last_not_of(" \t") - first + 1);
+}
+
+// Newlines in variable names are kept as backslash and n.
+std::string escapeNewlines(const std::string &text) {
+    std::string out;
+    for (char c : text) {
+        if (c == '\n') out += "\\n";
+        else out.push_back(c);
+    }
+    return out;
+}
+
+// ---- the header ---------------------------------------------------------------------------
+
+struct ZoneHeader_s {
+    ZoneSpec_s Spec;                        // Name and AuxData owned here until handed over
+    std::vector<ValueLocation_e> Locations; // by variable
+    bool IsPlaceholder = false;
+    bool RawFaceNeighborsSupplied = false;
+    int32_t NumMiscFaceNeighbors = 0;
+    bool HasParentError = false;
+};
+
+struct Header_s {
+    std::string Title;
+    std::vector<std::string> VarNames;
+    std::vector<ZoneHeader_s> Zones;
+    std::vector<std::vector<std::string>> CustomLabels;
+    AuxData_s *DataSetAux = nullptr;
+    std::vector<AuxData_s *> VarAux;
+    ~Header_s() {
+        for (ZoneHeader_s &zone : Zones) CleanoutZoneSpec(&zone.Spec);
+        AuxDataDealloc(&DataSetAux);
+        for (AuxData_s *&aux : VarAux) AuxDataDealloc(&aux);
+    }
+};
+
+bool readZoneHeader(Reader &r, int numVars, ZoneHeader_s *zone) {
+    ZoneSpec_s &spec = zone->Spec;
+    std::string name;
+    int32_t parent, strand, color, type, packing, locationGiven;
+    if (!r.readString(MaxZoneNameLength, &name)) return false;
+    spec.Name = DupString(trim(name).c_str());
+    if (!r.readInt(-1, MaxNumZonesOrVars - 1, &parent) || !r.readInt(-2, MaxStrandID, &strand) ||
+        !r.readDouble(&spec.SolutionTime) || !r.readInt(-1, 63, &color) || !r.readInt(0, 5, &type) ||
+        !r.readInt(0, 1, &packing) || !r.readInt(0, 1, &locationGiven))
+        return false;
+    spec.ParentZone = EntIndex_t(parent);
+    spec.StrandID = strand;
+    spec.ZoneColor = int16_t(color < 0 ? -2 : color);  // the file's "none" is -1
+    spec.Type = ZoneTypeFromFile[type];
+    spec.IsBlock = packing == 0;
+    zone->Locations.assign(size_t(numVars), ValueLocation_Nodal);
+    for (int v = 0; locationGiven && v < numVars; v++) {
+        int32_t code;
+        if (!r.readInt(0, 1, &code)) return false;
+        zone->Locations[size_t(v)] = locationFromFile(code);
+        if (code == 1 && !spec.IsBlock)
+            return r.fail("Invalid datafile: cell centered variable must be in block format.");
+    }
+    int32_t raw = 0;
+    if (r.version >= 108 && !r.readInt(0, 1, &raw)) return false;
+    if (raw == 1 && (spec.Type == ZoneType_Ordered || spec.Type == ZoneType_FELineSeg))
+        return r.fail("Invalid datafile: raw face neighbors may not be supplied for ordered or FE line segment zones.");
+    zone->RawFaceNeighborsSupplied = raw == 1;
+    if (!r.readInt(0, MAXINDEX, &zone->NumMiscFaceNeighbors)) return false;
+    spec.FNNumBndryConns = zone->NumMiscFaceNeighbors;
+    if (zone->NumMiscFaceNeighbors != 0) {
+        int32_t mode;
+        if (!r.readInt(0, 3, &mode)) return false;
+        spec.FNMode = FaceNeighborMode_e(mode);
+        if (spec.Type != ZoneType_Ordered && r.version >= 108) {
+            int32_t complete;
+            if (!r.readInt(0, 1, &complete)) return false;
+            spec.AutoAssignFN = complete == 0;
+        }
+    }
+    if (spec.Type == ZoneType_Ordered) {
+        if (!r.readInt(0, MAXINDEX, &spec.NumPtsI) || !r.readInt(0, MAXINDEX, &spec.NumPtsJ) ||
+            !r.readInt(0, MAXINDEX, &spec.NumPtsK))
+            return false;
+        zone->IsPlaceholder = spec.NumPtsI == 0 && spec.NumPtsJ == 0 && spec.NumPtsK == 0;
+        if (!zone->IsPlaceholder && (spec.NumPtsI == 0 || spec.NumPtsJ == 0 || spec.NumPtsK == 0))
+            return r.fail("Invalid data file: incorrect specification of I, J, or K points for ordered data set.");
+    } else {
+        if (!r.readInt(0, MAXINDEX, &spec.NumPtsI) || !r.readInt(0, MAXINDEX, &spec.NumPtsJ) ||
+            !r.readInt(0, MAXINDEX, &spec.ICellDim) || !r.readInt(0, MAXINDEX, &spec.JCellDim) ||
+            !r.readInt(0, MAXINDEX, &spec.KCellDim))
+            return false;
+        spec.NumPtsK = GetNodesPerElement(spec.Type);
+    }
+    for (;;) {
+        int32_t more;
+        if (!r.readInt(0, 1, &more)) return false;
+        if (more == 0) break;
+        if (spec.AuxData == nullptr && (spec.AuxData = AuxDataAlloc()) == nullptr)
+            return r.fail("Out of memory loading binary data file header");
+        if (!r.readAuxItem(spec.AuxData, "Invalid header in binary datafile")) return false;
+    }
+    return true;
+}
+
+bool readTextRecord(Reader &r, Text_s *text) {
+    int32_t coordSys;
+    if (!r.readInt(0, 4, &coordSys)) return r.fail("Invalid text record");
+    if (!coordSysFromFile(coordSys, &text->PositionCoordSys)) return r.fail("Invalid text coordinate system.");
+    bool ok = r.readInt(0, 1, &text->Scope) && r.readDouble(&text->X) && r.readDouble(&text->Y) &&
+              r.readDouble(&text->Z) && r.readInt(0, 10, &text->Font) && r.readInt(0, 2, &text->CharHeightUnits) &&
+              r.readDouble(&text->Height) && r.readInt(0, 2, &text->BoxType) && r.readDouble(&text->BoxMargin) &&
+              r.readDouble(&text->BoxLineThickness) && r.readInt(0, 255, &text->BoxOutlineColor) &&
+              r.readInt(0, 255, &text->BoxFillColor) && r.readDouble(&text->Angle) &&
+              r.readDouble(&text->LineSpacing) && r.readInt(0, 8, &text->Anchor) &&
+              r.readInt(-1, MaxNumZonesOrVars, &text->Zone) && r.readInt(0, 255, &text->Color) &&
+              r.readString(120000, &text->MacroFunctionCommand) && r.readInt(0, 2, &text->Clipping) &&
+              r.readString(size_t(GeneralBase.MaxChrsInTextLabels), &text->Text);
+    if (text->Clipping == 2) text->Clipping = 1;
+    return ok || r.fail("Invalid text record");
+}
+
+bool readGeomValue(Reader &r, int32_t dataType, double *value) {
+    if (dataType == 1) {
+        float f;
+        if (!readRaw(r.stream, &f)) return false;
+        *value = f;
+        return std::isfinite(f);
+    }
+    return r.readDouble(value);
+}
+
+bool readGeomRecord(Reader &r, Geom_s *geom) {
+    int32_t coordSys;
+    if (!r.readInt(0, 4, &coordSys)) return r.fail("Invalid geometry record");
+    if (!coordSysFromFile(coordSys, &geom->PositionCoordSys)) return r.fail("Invalid geometry coordinate system");
+    bool ok = r.readInt(0, 1, &geom->Scope) && (r.version < 102 || r.readInt(0, 1, &geom->DrawOrder)) &&
+              r.readDouble(&geom->X) && r.readDouble(&geom->Y) && r.readDouble(&geom->Z) &&
+              r.readInt(-1, MaxNumZonesOrVars, &geom->Zone) && r.readInt(0, 255, &geom->Color) &&
+              r.readInt(0, 255, &geom->FillColor) && r.readInt(0, 1, &geom->IsFilled) &&
+              r.readInt(0, 4, &geom->GeomType) && r.readInt(0, 5, &geom->LinePattern) &&
+              r.readDouble(&geom->PatternLength) && r.readDouble(&geom->LineThickness) &&
+              r.readInt(2, 720, &geom->NumEllipsePts) && r.readInt(0, 2, &geom->ArrowheadStyle) &&
+              r.readInt(0, 3, &geom->ArrowheadAttachment) && r.readDouble(&geom->ArrowheadSize) &&
+              r.readDouble(&geom->ArrowheadAngle) && r.readString(120000, &geom->MacroFunctionCommand) &&
+              r.readInt(1, 2, &geom->DataType) && r.readInt(0, 2, &geom->Clipping);
+    if (!ok) return r.fail("Invalid geometry record");
+    if (geom->Clipping == 2) geom->Clipping = 1;
+    if (geom->PositionCoordSys == 6 && geom->GeomType != 0)
+        return r.fail("Mismatch between geometry coordinate system and geometry type");
+    if (geom->GeomType != 0) {
+        int sizes = geom->GeomType == 1 || geom->GeomType == 4 ? 2 : 1;
+        geom->Sizes.resize(size_t(sizes));
+        for (double &size : geom->Sizes)
+            if (!readGeomValue(r, geom->DataType, &size)) return r.fail("Invalid geometry record");
+        return true;
+    }
+    int32_t numSegments;
+    if (!r.readInt(1, 50, &numSegments)) return r.fail("Invalid geometry record");
+    int64_t totalPoints = 0;
+    for (int32_t s = 0; s < numSegments; s++) {
+        int32_t numPts;
+        if (!r.readInt(1, MAXINDEX, &numPts)) return r.fail("Invalid geometry record");
+        totalPoints += numPts;
+        if (totalPoints > GeneralBase.MaxPtsInALine) return r.fail("Geometry is too big");
+        bool is3D = geom->PositionCoordSys == 6;
+        for (auto *coords : {&geom->SegmentX, &geom->SegmentY, &geom->SegmentZ}) {
+            if (coords == &geom->SegmentZ && !is3D) break;
+            coords->emplace_back(size_t(numPts));
+            for (double &value : coords->back())
+                if (!readGeomValue(r, geom->DataType, &value)) return r.fail("Invalid geometry record");
+        }
+    }
+    return true;
+}
+
+bool readHeader(Reader &r, Header_s *header, DataFileExtras_s *extras) {
+    int32_t numVars;
+    if (!r.readString(MaxDataSetTitleLength, &header->Title) || !r.readInt(0, MaxNumZonesOrVars, &numVars))
+        return false;
+    header->Title = trim(header->Title);
+    header->VarNames.resize(size_t(numVars));
+    header->VarAux.assign(size_t(numVars), nullptr);
+    for (std::string &name : header->VarNames) {
+        if (!r.readString(MaxVarNameLength, &name)) return false;
+        name = escapeNewlines(name);
+    }
+    for (;;) {
+        float marker;
+        if (!r.readMarker(&marker)) return false;
+        if (marker == EndOfHeaderMarker) break;
+        if (marker == ZoneMarker) {
+            if (header->Zones.size() >= size_t(MaxNumZonesOrVars))
+                return r.fail("Exceeded maximum number of zones allowed (32700).");
+            header->Zones.emplace_back();
+            if (!readZoneHeader(r, numVars, &header->Zones.back())) return false;
+        } else if (marker == TextMarker) {
+            Text_s text;
+            if (!readTextRecord(r, &text)) return false;
+            extras->Texts.push_back(std::move(text));
+        } else if (marker == GeomMarker) {
+            Geom_s geom;
+            if (!readGeomRecord(r, &geom)) return false;
+            extras->Geoms.push_back(std::move(geom));
+        } else if (marker == CustomLabelMarker) {
+            int32_t count;
+            if (!r.readInt(1, MAXINDEX, &count)) return r.fail("Invalid custom axis label record in binary datafile");
+            std::vector<std::string> labels(size_t(std::min(count, 100000)));
+            for (int32_t n = 0; n < count; n++) {
+                std::string label;
+                if (!r.readString(49, &label)) return r.fail("Invalid custom axis label record in binary datafile");
+                if (size_t(n) < labels.size()) labels[size_t(n)] = trim(label);
+            }
+            if (header->CustomLabels.size() < size_t(MaxCustomLabelSets)) header->CustomLabels.push_back(labels);
+        } else if (marker == UserRecMarker) {
+            std::string record;
+            if (!r.readString(500, &record)) return r.fail("Invalid USERREC record in binary datafile");
+            extras->UserRecs.push_back(record);
+        } else if (marker == DataSetAuxMarker) {
+            if (header->DataSetAux == nullptr && (header->DataSetAux = AuxDataAlloc()) == nullptr)
+                return r.fail("Out of memory loading binary data file header");
+            if (!r.readAuxItem(header->DataSetAux, "Invalid DATASETAUXDATA record in binary datafile")) return false;
+        } else if (marker == VarAuxMarker) {
+            int32_t var;
+            if (!r.readInt(0, numVars - 1, &var)) return r.fail("Invalid VARAUXDATA variable number association");
+            AuxData_s *&aux = header->VarAux[size_t(var)];
+            if (aux == nullptr && (aux = AuxDataAlloc()) == nullptr)
+                return r.fail("Out of memory loading binary data file header");
+            if (!r.readAuxItem(aux, "Invalid VARAUXDATA record in binary datafile")) return false;
+        } else {
+            return false;
+        }
+    }
+    // Parent zones must name another zone of the file.
+    bool parentsOk = true;
+    for (size_t z = 0; z < header->Zones.size(); z++) {
+        EntIndex_t parent = header->Zones[z].Spec.ParentZone;
+        if (parent < 0) continue;
+        if (size_t(parent) == z) {
+            ErrMsg("Parent zone assignment for zone %d may not be self referencing.", int(z) + 1);
+            parentsOk = false;
+        } else if (size_t(parent) >= header->Zones.size()) {
+            ErrMsg("Parent zone assignment for zone %d must be to an existing zone within the datafile.", int(z) + 1);
+            parentsOk = false;
+        }
+    }
+    if (!parentsOk) return r.fail("");  // reported above; no general message
+    return true;
+}
+
+}  // namespace
+
+FileStream_s *FileStreamAlloc(FILE *file, bool isByteOrderNative) {
+    auto *stream = static_cast<FileStream_s *>(newmalloc(sizeof(FileStream_s)));
+    if (stream != nullptr) *stream = {file, isByteOrderNative};
+    return stream;
+}
+
+void FileStreamDealloc(FileStream_s **stream) {
+    newfree(*stream);
+    *stream = nullptr;
+}
+
+int GetInputVersion(FileStream_s *stream) {
+    long start = ftell(stream->File);
+    char magic[4];
+    if (fread(magic, 1, 4, stream->File) == 4 && memcmp(magic, "#!QF", 4) == 0) {
+        char tag[5] = {0};
+        if (fread(tag, 1, 4, stream->File) == 4 && tag[0] == 'V') {
+            int version = 0;
+            for (int i = 1; i < 4 && tag[i] >= '0' && tag[i] <= '9'; i++) version = version * 10 + (tag[i] - '0');
+            if (version >= 109) {
+                ErrMsg("Binary file version newer than Orvanex version. Upgrade Orvanex or use an older Fenrow to "
+                       "produce the datafile.");
+                return version;
+            }
+            if (version >= 70) {
+                int32_t test;
+                if (fread(&test, sizeof(test), 1, stream->File) != 1) return 0;
+                stream->IsByteOrderNative = test == 1;
+                return version;
+            }
+        }
+    }
+    // Files before magic numbers start with their version as a float, in either byte order.
+    static const float oldVersions[] = {7.0f, 6.3f, 6.2f, 6.1f, 6.0f, 5.0f, 4.7f, 4.6f,
+                                        4.5f, 4.4f, 4.3f, 4.2f, 4.1f, 4.0f};
+    fseek(stream->File, start, SEEK_SET);
+    float value;
+    if (fread(&value, sizeof(value), 1, stream->File) != 1) return 0;
+    for (bool native : {true, false}) {
+        float candidate = native ? value : swapped(value);
+        for (float old : oldVersions)
+            if (memcmp(&candidate, &old, sizeof(float)) == 0) {
+                stream->IsByteOrderNative = native;
+                return int(10.0 * double(candidate) + 0.499);
+            }
+    }
+    return 0;
+}
+
+namespace {
+
+struct FileCloser {
+    void operator()(FILE *file) const {
+        FILE *f = file;
+        Close_File(&f, false);
+    }
+};
+using FilePtr = std::unique_ptr<FILE, FileCloser>;
+
+struct DataSetDeleter {
+    void operator()(DataSet_s *dataSet) const { DeallocDataSet(&dataSet); }
+};
+using DataSetPtr = std::unique_ptr<DataSet_s, DataSetDeleter>;
+
+int facesPerFEElement(ZoneType_e type) {
+    switch (type) {
+    case ZoneType_FETriangle: return 3;
+    case ZoneType_FEQuad: return 4;
+    case ZoneType_FETetra: return 4;
+    case ZoneType_FEBrick: return 6;
+    default: return 1;
+    }
+}
+
+// Values of a variable as the file holds them: cell-centred ordered blocks have the pure layout
+// before version 103, every I x J x K slot in 103, and the in-memory ghost layout after.
+DataValueStructure_e structureOf(int version) {
+    return version < 103 ? DataValueStructure_Classic
+                         : version == 103 ? DataValueStructure_Ordered : DataValueStructure_ClassicGhost;
+}
+
+int64_t valuesInFile(const ZoneSpec_s &spec, ValueLocation_e location, int version) {
+    if (location == ValueLocation_Nodal || ZoneTypeIsFE(spec.Type)) return CalcNumValuesNeededAt(&spec, location);
+    if (version == 103) return int64_t(spec.NumPtsI) * spec.NumPtsJ * spec.NumPtsK;
+    if (version < 103)
+        return int64_t(std::max(spec.NumPtsI - 1, 1)) * std::max(spec.NumPtsJ - 1, 1) * std::max(spec.NumPtsK - 1, 1);
+    return CalcNumElementValuesNeeded(&spec);
+}
+
+struct DataSectionReader {
+    Reader &r;
+    const char *fileName;
+    int64_t fileSize;
+    DataSet_s *dataSet;
+    Header_s &header;
+
+    bool fail(const char *text) { return r.fail(text); }
+    bool failf(const char *format, int a, int b = 0, int c = 0) {
+        ErrMsg(format, a, b, c);
+        return r.fail("");
+    }
+
+    bool seekPast(int64_t offset, int64_t bytes) {
+        if (offset + bytes > fileSize) return fail("Data file appears to be truncated.");
+        return fseeko(r.stream->File, offset + bytes, SEEK_SET) == 0;
+    }
+
+    bool readZone(EntIndex_t zone) {
+        ZoneHeader_s &zh = header.Zones[size_t(zone)];
+        ZoneSpec_s *spec = GetZoneSpec(dataSet, zone);
+        EntIndex_t numVars = EntIndex_t(header.VarNames.size());
+        float marker;
+        if (!r.readMarker(&marker) || marker != ZoneMarker) return fail("Corrupt input file");
+        std::vector<FieldDataType_e> types(size_t(numVars), FieldDataType_Float);
+        for (FieldDataType_e &type : types) {
+            int32_t code;
+            if (!readRaw(r.stream, &code)) return fail("Unable to skip over variable types.");
+            if (code < 1 || code > 6) return fail("Invalid data type - binary input file corrupted");
+            type = FieldDataType_e(code);
+        }
+        std::vector<int32_t> passive(size_t(numVars), 0), shareZone(size_t(numVars), -1);
+        int32_t flag = 0;
+        if (r.version >= 105) {
+            if (!r.readInt(0, 1, &flag)) return fail("Binary datafile corrupted!");
+            for (int32_t &p : passive)
+                if (flag && !r.readInt(0, 1, &p)) return fail("Binary datafile corrupted!");
+        }
+        if (!r.readInt(0, 1, &flag)) return fail("Binary datafile corrupted!");
+        for (int32_t &s : shareZone)
+            if (flag && !r.readInt(-1, MaxNumZonesOrVars - 1, &s)) return fail("Binary datafile corrupted!");
+        int32_t connectivityShare;
+        if (!r.readInt(-1, MaxNumZonesOrVars - 1, &connectivityShare)) return fail("Binary datafile corrupted!");
+        if (connectivityShare >= zone)
+            return failf("Zone %d is attempting to share connectivity with an unloaded zone", zone + 1);
+        if (zh.IsPlaceholder) return true;
+
+        // Shares are checked before anything of the zone is made.
+        for (EntIndex_t v = 0; v < numVars; v++) {
+            int32_t s = shareZone[size_t(v)];
+            if (s < 0) continue;
+            if (s >= zone || !IsZoneEnabled(dataSet, EntIndex_t(s)) || header.Zones[size_t(s)].IsPlaceholder)
+                return failf("Variable %d of zone %d is attempting to share with zone %d which has not been loaded.",
+                             v + 1, zone + 1, s + 1);
+            if (!ZoneStructuresAreNativeVarShareCompatible(zh.Locations[size_t(v)],
+                                                           header.Zones[size_t(s)].Locations[size_t(v)], spec,
+                                                           GetZoneSpec(dataSet, EntIndex_t(s))))
+                return failf("Zone %d is attempting to share variable %d from zone %d but they are not compatible "
+                             "for sharing.", zone + 1, v + 1, s + 1);
+        }
+        if (connectivityShare >= 0 &&
+            (!IsZoneEnabled(dataSet, EntIndex_t(connectivityShare)) ||
+             !ZoneStructuresAreConnectivityShareCompatible(spec, GetZoneSpec(dataSet, EntIndex_t(connectivityShare)))))
+            return failf("Zone %d is attempting to share connectivity with zone %d which is not compatible for "
+                         "sharing.", zone + 1, connectivityShare + 1);
+
+        std::vector<double> mins(size_t(numVars), 0.0), maxs(size_t(numVars), 0.0);
+        auto stored = [&](EntIndex_t v) { return passive[size_t(v)] == 0 && shareZone[size_t(v)] < 0; };
+        for (EntIndex_t v = 0; r.version >= 103 && v < numVars; v++)
+            if (stored(v) && (!r.readDouble(&mins[size_t(v)]) || !r.readDouble(&maxs[size_t(v)])))
+                return fail("Binary datafile corrupted!");
+
+        if (!readValues(zone, spec, types, passive, shareZone, mins, maxs, stored)) return false;
+        return readConnectivity(zone, spec, connectivityShare) && readFaceNeighbors(zone, spec, connectivityShare);
+    }
+
+    template <typename Stored>
+    bool readValues(EntIndex_t zone, ZoneSpec_s *spec, const std::vector<FieldDataType_e> &types,
+                    const std::vector<int32_t> &passive, const std::vector<int32_t> &shareZone,
+                    const std::vector<double> &mins, const std::vector<double> &maxs, Stored stored) {
+        ZoneHeader_s &zh = header.Zones[size_t(zone)];
+        EntIndex_t numVars = EntIndex_t(types.size());
+        int64_t pointBytes = 0, numStored = 0;
+        if (!spec->IsBlock)
+            for (EntIndex_t v = 0; v < numVars; v++) {
+                if (!stored(v)) continue;
+                if (types[size_t(v)] == FieldDataType_Bit) return fail("Binary datafile corrupted!");
+                pointBytes += FieldDataTypeSize(types[size_t(v)]);
+                numStored++;
+            }
+        int64_t start = ftello(r.stream->File);
+        int64_t valueOffsetInPoint = 0;
+        for (EntIndex_t v = 0; v < numVars; v++) {
+            ValueLocation_e location = zh.Locations[size_t(v)];
+            if (shareZone[size_t(v)] >= 0) {
+                ShareVariable(dataSet, EntIndex_t(shareZone[size_t(v)]), zone, v);
+                continue;
+            }
+            FieldData_a fieldData = FieldDataAlloc();
+            if (fieldData == nullptr) return fail("Not enough memory to read the binary datafile.");
+            if (passive[size_t(v)] != 0) {
+                FieldDataDefineData(fieldData, LgIndex_t(CalcNumValuesNeededAt(spec, location)), types[size_t(v)],
+                                    location);
+                FieldDataMakePassive(fieldData);
+                SetNativeFieldDataPtr(dataSet, zone, v, fieldData);
+                continue;
+            }
+            bool ok;
+            if (spec->IsBlock) {
+                int64_t offset = ftello(r.stream->File);
+                int64_t bytes = FieldDataGetBytesNeeded(valuesInFile(*spec, location, r.version), types[size_t(v)]);
+                ok = offset + bytes <= fileSize;
+                if (!ok) fail("Data file appears to be truncated.");
+                ok = ok && LoadBinaryBlockVariable(fileName, structureOf(r.version), false, offset, 1, nullptr, spec,
+                                                   types[size_t(v)], r.stream->IsByteOrderNative, location, fieldData);
+                ok = ok && seekPast(offset, bytes);
+            } else {
+                ok = LoadBinaryBlockVariable(fileName, structureOf(r.version), false, start + valueOffsetInPoint,
+                                             LgIndex_t(numStored), nullptr, spec, types[size_t(v)],
+                                             r.stream->IsByteOrderNative, location, fieldData, LgIndex_t(pointBytes),
+                                             LgIndex_t(valueOffsetInPoint));
+                valueOffsetInPoint += FieldDataTypeSize(types[size_t(v)]);
+            }
+            if (!ok) {
+                FieldDataDealloc(&fieldData, true);
+                return fail("");
+            }
+            if (r.version >= 103) FieldDataSetMinMax(fieldData, mins[size_t(v)], maxs[size_t(v)]);
+            SetNativeFieldDataPtr(dataSet, zone, v, fieldData);
+        }
+        if (!spec->IsBlock && numStored > 0) return seekPast(start, CalcNumPointValuesNeeded(spec) * pointBytes);
+        return true;
+    }
+
+    bool readConnectivity(EntIndex_t zone, ZoneSpec_s *spec, int32_t connectivityShare) {
+        if (!DataSetAllocConnectivity(dataSet, zone, spec, true, EntIndex_t(connectivityShare), false))
+            return fail("Not enough memory to read the binary datafile.");
+        if (!ZoneTypeIsFE(spec->Type) || connectivityShare >= 0) return true;
+        NodeMap_a nodeMap = GetZoneData(dataSet, zone)->NodeMap;
+        int64_t count = int64_t(spec->NumPtsJ) * nodeMap->NodesPerElement;
+        if (count == 0) return failf("Connectivity list is zero length in zone %d", zone + 1);
+        int64_t offset = ftello(r.stream->File);
+        if (offset + count * 4 > fileSize) return fail("Data file appears to be truncated.");
+        if (fread(nodeMap->Nodes, sizeof(int32_t), size_t(count), r.stream->File) != size_t(count)) {
+            ErrMsg("Error reading connectivity list.\nReason: %s", errno != 0 ? strerror(errno) : "Unknown");
+            return fail("");
+        }
+        int32_t base = r.version < 103 ? 1 : 0;
+        for (int64_t n = 0; n < count; n++) {
+            int32_t node = nodeMap->Nodes[n];
+            if (!r.stream->IsByteOrderNative) node = swapped(node);
+            node -= base;
+            if (node < 0 || node >= spec->NumPtsI) return fail("Binary datafile corrupted!");
+            nodeMap->Nodes[n] = node;
+        }
+        return true;
+    }
+
+    bool readFaceNeighbors(EntIndex_t zone, ZoneSpec_s *spec, int32_t connectivityShare) {
+        ZoneHeader_s &zh = header.Zones[size_t(zone)];
+        if (connectivityShare >= 0) return true;
+        if (zh.RawFaceNeighborsSupplied) {
+            int64_t bytes = int64_t(spec->NumPtsJ) * facesPerFEElement(spec->Type) * 4;
+            if (!seekPast(ftello(r.stream->File), bytes)) return false;
+        }
+        // User-defined connections: records until their neighbours add up to the count.
+        int64_t neighbors = 0;
+        while (neighbors < zh.NumMiscFaceNeighbors) {
+            int32_t element, face, value, count = 1;
+            if (!readRaw(r.stream, &element) || !readRaw(r.stream, &face))
+                return fail("Unexpected end-of-file while reading face neighbor data.");
+            bool global = spec->FNMode == FaceNeighborMode_GlobalOneToOne || spec->FNMode == FaceNeighborMode_GlobalOneToMany;
+            bool many = spec->FNMode == FaceNeighborMode_LocalOneToMany || spec->FNMode == FaceNeighborMode_GlobalOneToMany;
+            if (many && (!readRaw(r.stream, &value) || !readRaw(r.stream, &count) || count < 1))
+                return fail("Corrupt input file: invalid face neighbors.");
+            for (int32_t n = 0; n < count * (global ? 2 : 1); n++)
+                if (!readRaw(r.stream, &value)) return fail("Unexpected end-of-file while reading face neighbor data.");
+            neighbors += count;
+        }
+        return true;
+    }
+};
+
+}  // namespace
+
+bool ReadBinaryDataFile(const char *fileName, DataSet_s **dataSetOut, DataFileExtras_s *extras) {
+    *dataSetOut = nullptr;
+    FILE *raw = nullptr;
+    if (!Open_File(&raw, fileName, true, false, false, true, false)) return false;
+    FilePtr file(raw);
+    struct stat st;
+    if (fstat(fileno(raw), &st) != 0) return false;
+    FileStream_s stream{raw, true};
+    int version = GetInputVersion(&stream);
+    if (version >= 109) return false;  // reported by GetInputVersion
+    if (version < 101) {
+        if (version == 0 || (version > 71 && version != 75 && version != 100))
+            ErrMsg("Invalid header in binary datafile");
+        else
+            ErrMsg("Binary data files older than version 101 cannot be read by this version of Orvanex.");
+        return false;
+    }
+    Reader reader{&stream, version};
+    Header_s header;
+    DataFileExtras_s localExtras;
+    if (!readHeader(reader, &header, extras != nullptr ? extras : &localExtras)) {
+        if (reader.message == nullptr) ErrMsg("Invalid header in binary datafile");
+        else if (reader.message[0] != '\0') ErrMsg("%s", reader.message);
+        return false;
+    }
+
+    DataSetPtr dataSet(AllocDataSet(header.Title.c_str(), true, true));
+    if (!dataSet) return false;
+    EntIndex_t numVars = header.Zones.empty() ? 0 : EntIndex_t(header.VarNames.size());
+    for (EntIndex_t v = 0; v < numVars; v++) {
+        if (!DataSetAllocVar(dataSet.get(), v) || !DataSetAllocVarData(dataSet.get(), v, header.VarNames[size_t(v)].c_str())) {
+            ErrMsg("Out of space while allocating var names");
+            return false;
+        }
+        GetVarSpec(dataSet.get(), v)->AuxData = header.VarAux[size_t(v)];
+        header.VarAux[size_t(v)] = nullptr;
+    }
+    dataSet->AuxData = header.DataSetAux;
+    header.DataSetAux = nullptr;
+    for (const auto &labels : header.CustomLabels) {
+        StringList_s *list = StringListAlloc();
+        for (const std::string &label : labels) StringListAppendString(list, label.c_str());
+        dataSet->CustomLabels[dataSet->NumCustomLabelSets++] = list;
+    }
+    for (size_t z = 0; z < header.Zones.size(); z++) {
+        auto zone = EntIndex_t(z);
+        if (!DataSetAllocZone(dataSet.get(), zone) ||
+            !DataSetAllocZoneData(dataSet.get(), zone, &header.Zones[z].Spec, nullptr, nullptr, nullptr, nullptr, false,
+                                  -1, false, false, true, false)) {
+            ErrMsg("Not enough memory to read the binary datafile.");
+            return false;
+        }
+    }
+    DataSectionReader data{reader, fileName, int64_t(st.st_size), dataSet.get(), header};
+    for (size_t z = 0; z < header.Zones.size(); z++) {
+        if (!data.readZone(EntIndex_t(z))) {
+            if (reader.message == nullptr) ErrMsg("Binary datafile corrupted!");
+            else if (reader.message[0] != '\0') ErrMsg("%s", reader.message);
+            return false;
+        }
+    }
+    // Placeholder zones keep the numbering of the file; they leave gaps, and gaps at the end go.
+    for (size_t z = 0; z < header.Zones.size(); z++)
+        if (header.Zones[z].IsPlaceholder) DataSetDeallocZone(dataSet.get(), EntIndex_t(z));
+    while (dataSet->NumZones > 0 && !IsZoneEnabled(dataSet.get(), EntIndex_t(dataSet->NumZones - 1)))
+        DataSetDeleteZone(dataSet.get(), EntIndex_t(dataSet->NumZones - 1));
+    *dataSetOut = dataSet.release();
+    return true;
+}
+
+// ---- writing ------------------------------------------------------------------------------
+
+namespace {
+
+struct Writer {
+    FileStream_s *stream;
+    bool ok = true;
+
+    void i32(int32_t value) { ok = ok && writeRaw(stream, value); }
+    void f32(float value) { ok = ok && writeRaw(stream, value); }
+    void f64(double value) { ok = ok && writeRaw(stream, value); }
+    void text(const std::string &value) {
+        for (unsigned char c : value) i32(int32_t(c));
+        i32(0);
+    }
+    void auxItems(const AuxData_s *aux, float marker, int32_t var) {
+        for (LgIndex_t n = 0; aux != nullptr && n < AuxDataGetNumItems(aux); n++) {
+            const char *name;
+            ArbParam_t value;
+            AuxDataType_e type;
+            bool retain;
+            AuxDataGetItemByIndex(aux, n, &name, &value, &type, &retain);
+            if (!retain) continue;
+            if (marker != 0.0f) f32(marker);
+            else i32(1);
+            if (var >= 0) i32(var);
+            text(name);
+            i32(0);
+            text(reinterpret_cast<const char *>(value));
+        }
+    }
+};
+
+// A value as the file's type holds it, clipped as the set functions clip.
+double clipForType(double value, FieldDataType_e type) {
+    switch (type) {
+    case FieldDataType_Float:
+        if (std::fabs(value) < 1.17549435E-38) return 0.0;
+        return std::clamp(value, -3.40282347E38, 3.40282347E38);
+    case FieldDataType_Double:
+        if (std::fabs(value) < 1.0E-150) return 0.0;
+        return std::clamp(value, -1.0E150, 1.0E150);
+    default: return value;
+    }
+}
+
+// Writes a variable's values in its own type, in the stream's byte order.
+bool writeValues(Writer &w, FieldData_a fieldData) {
+    FieldDataType_e type = fieldData->Type;
+    LgIndex_t count = fieldData->NumValues;
+    bool plain = fieldData->Data != nullptr && fieldData->IsNativeByteOrder && !fieldData->IsMemMapFragmented;
+    if (plain && w.stream->IsByteOrderNative) {
+        size_t bytes = size_t(FieldDataGetBytesNeeded(count, type));
+        return fwrite(fieldData->Data, 1, bytes, w.stream->File) == bytes;
+    }
+    if (type == FieldDataType_Bit || type == FieldDataType_Byte) {
+        std::vector<unsigned char> bytes(size_t(FieldDataGetBytesNeeded(count, type)), 0);
+        for (LgIndex_t n = 0; n < count; n++) {
+            double value = GetFieldValue(fieldData, n);
+            if (type == FieldDataType_Byte) bytes[size_t(n)] = (unsigned char)std::clamp(value, 0.0, 255.0);
+            else if (value >= 1.0) bytes[size_t(n / 8)] |= (unsigned char)(1u << (n % 8));
+        }
+        return fwrite(bytes.data(), 1, bytes.size(), w.stream->File) == bytes.size();
+    }
+    for (LgIndex_t n = 0; n < count && w.ok; n++) {
+        double value = clipForType(GetFieldValue(fieldData, n), type);
+        switch (type) {
+        case FieldDataType_Float: w.f32(float(value)); break;
+        case FieldDataType_Double: w.f64(value); break;
+        case FieldDataType_LongInt: w.i32(int32_t(value)); break;
+        case FieldDataType_ShortInt: w.ok = w.ok && writeRaw(w.stream, int16_t(value)); break;
+        default: break;
+        }
+    }
+    return w.ok;
+}
+
+void writeText(Writer &w, const Text_s &t) {
+    w.f32(TextMarker);
+    w.i32(coordSysToFile(t.PositionCoordSys));
+    w.i32(t.Scope);
+    w.f64(t.X), w.f64(t.Y), w.f64(t.Z);
+    w.i32(t.Font), w.i32(t.CharHeightUnits);
+    w.f64(t.Height);
+    w.i32(t.BoxType);
+    w.f64(t.BoxMargin), w.f64(t.BoxLineThickness);
+    w.i32(t.BoxOutlineColor), w.i32(t.BoxFillColor);
+    w.f64(t.Angle), w.f64(t.LineSpacing);
+    w.i32(t.Anchor), w.i32(t.Zone), w.i32(t.Color);
+    w.text(t.MacroFunctionCommand);
+    w.i32(t.Clipping);
+    w.text(t.Text);
+}
+
+void writeGeom(Writer &w, const Geom_s &g) {
+    w.f32(GeomMarker);
+    w.i32(coordSysToFile(g.PositionCoordSys));
+    w.i32(g.Scope), w.i32(g.DrawOrder);
+    w.f64(g.X), w.f64(g.Y), w.f64(g.Z);
+    w.i32(g.Zone), w.i32(g.Color), w.i32(g.FillColor), w.i32(g.IsFilled), w.i32(g.GeomType), w.i32(g.LinePattern);
+    w.f64(g.PatternLength), w.f64(g.LineThickness);
+    w.i32(g.NumEllipsePts), w.i32(g.ArrowheadStyle), w.i32(g.ArrowheadAttachment);
+    w.f64(g.ArrowheadSize), w.f64(g.ArrowheadAngle);
+    w.text(g.MacroFunctionCommand);
+    w.i32(g.DataType), w.i32(g.Clipping);
+    auto value = [&](double v) {
+        if (g.DataType == FieldDataType_Float) w.f32(float(v));
+        else w.f64(v);
+    };
+    if (g.GeomType != 0) {
+        for (double size : g.Sizes) value(size);
+        return;
+    }
+    w.i32(int32_t(g.SegmentX.size()));
+    for (size_t s = 0; s < g.SegmentX.size(); s++) {
+        w.i32(int32_t(g.SegmentX[s].size()));
+        for (double v : g.SegmentX[s]) value(v);
+        for (double v : g.SegmentY[s]) value(v);
+        if (g.PositionCoordSys == 6)
+            for (double v : g.SegmentZ[s]) value(v);
+    }
+}
+
+// Variables still read from the file being replaced become resident first: after the rename their
+// offsets would point into the new file.
+bool ConvertVarsDependentOnFileNameToAllocated(const char *fileName, DataSet_s *dataSet) {
+    char resolvedTarget[PATH_MAX];
+    if (realpath(fileName, resolvedTarget) == nullptr) return true;  // nothing there yet
+    for (SetIndex_t z = GetNextMember(dataSet->EnabledZones, -1); z >= 0; z = GetNextMember(dataSet->EnabledZones, z))
+        for (SetIndex_t v = GetNextMember(dataSet->EnabledVars, -1); v >= 0; v = GetNextMember(dataSet->EnabledVars, v)) {
+            FieldData_a fieldData = GetNativeFieldDataPtr(dataSet, EntIndex_t(z), EntIndex_t(v));
+            if (fieldData == nullptr || fieldData->LoadFunction != OrvanexVarLoader) continue;
+            auto *info = reinterpret_cast<const OrvanexVarLoadInfo_s *>(fieldData->ClientData);
+            char resolved[PATH_MAX];
+            if (info == nullptr || realpath(info->FileName, resolved) == nullptr || strcmp(resolved, resolvedTarget) != 0)
+                continue;
+            if (!FieldDataMakeWritable(fieldData)) return false;
+        }
+    return true;
+}
+
+}  // namespace
+
+bool GoWriteDataSet(DataSet_s *dataSet, const DataFileExtras_s *extras, const char *fileName,
+                    const WriteDataSetOptions_s &options) {
+    const Set_a *zoneSet = options.Zones != nullptr ? options.Zones : dataSet->EnabledZones;
+    const Set_a *varSet = options.Vars != nullptr ? options.Vars : dataSet->EnabledVars;
+    // What is written, and the numbers it has in the file.
+    std::vector<EntIndex_t> zones, vars;
+    std::vector<bool> zoneIsZombie, varIsZombie;
+    std::vector<int32_t> fileZoneOf(size_t(dataSet->NumZones), -1);
+    for (EntIndex_t z = 0; z < dataSet->NumZones; z++) {
+        bool selected = IsZoneEnabled(dataSet, z) && InSet(zoneSet, z);
+        if (!selected && !options.IncludeZombies) continue;
+        fileZoneOf[size_t(z)] = int32_t(zones.size());
+        zones.push_back(z);
+        zoneIsZombie.push_back(!selected);
+    }
+    for (EntIndex_t v = 0; v < dataSet->NumVars; v++) {
+        bool selected = IsVarEnabled(dataSet, v) && InSet(varSet, v);
+        if (!selected && !options.IncludeZombies) continue;
+        vars.push_back(v);
+        varIsZombie.push_back(!selected);
+    }
+    if (zones.empty() && vars.empty()) {
+        ErrMsg("Nothing to write out");
+        return false;
+    }
+    if (!ConvertVarsDependentOnFileNameToAllocated(fileName, dataSet)) return false;
+
+    std::string tempName = std::string(fileName) + ".tmpXXXXXX";
+    int fd = mkstemp(tempName.data());
+    if (fd < 0) {
+        ErrMsg("Cannot open file: %s for writing. Bad filename, invalid permissions, or attempt to write to a "
+               "directory.", fileName);
+        return false;
+    }
+    FILE *file = fdopen(fd, "wb");
+    FileStream_s stream{file, true};
+    Writer w{&stream};
+    fwrite("#!QF", 1, 4, file);
+    char tag[8];
+    snprintf(tag, sizeof(tag), "V%-3d", BinaryFileVersion);
+    fwrite(tag, 1, 4, file);
+    w.i32(1);
+    w.text(dataSet->DataSetTitle != nullptr ? dataSet->DataSetTitle : "");
+    w.i32(int32_t(vars.size()));
+    for (EntIndex_t v : vars) w.text(GetVarName(dataSet, v) != nullptr ? GetVarName(dataSet, v) : "");
+
+    if (extras != nullptr && options.IncludeText)
+        for (const Text_s &t : extras->Texts) writeText(w, t);
+    if (extras != nullptr && options.IncludeGeom)
+        for (const Geom_s &g : extras->Geoms) writeGeom(w, g);
+    for (int16_t s = 0; options.IncludeCustomLabels && s < dataSet->NumCustomLabelSets; s++) {
+        w.f32(CustomLabelMarker);
+        LgIndex_t count = StringListCount(dataSet->CustomLabels[s]);
+        w.i32(count);
+        for (LgIndex_t n = 0; n < count; n++) {
+            const char *label = StringListGetStringRef(dataSet->CustomLabels[s], n);
+            w.text(label != nullptr ? label : "");
+        }
+    }
+    w.auxItems(dataSet->AuxData, DataSetAuxMarker, -1);
+    for (size_t n = 0; n < vars.size(); n++)
+        if (const VarSpec_s *varSpec = dataSet->VarSpecList != nullptr ? GetVarSpec(dataSet, vars[n]) : nullptr)
+            w.auxItems(varSpec->AuxData, VarAuxMarker, int32_t(n));
+
+    for (size_t n = 0; n < zones.size(); n++) {
+        w.f32(ZoneMarker);
+        if (zoneIsZombie[n]) {
+            w.text("ZOMBIE");
+            w.i32(-1), w.i32(-1), w.f64(0.0), w.i32(-1);
+            for (int k = 0; k < 9; k++) w.i32(0);
+            continue;
+        }
+        const ZoneSpec_s *spec = GetZoneSpec(dataSet, zones[n]);
+        w.text(spec->Name != nullptr ? spec->Name : "");
+        int32_t parent = spec->ParentZone >= 0 && spec->ParentZone < dataSet->NumZones ? fileZoneOf[size_t(spec->ParentZone)] : -1;
+        w.i32(parent);
+        w.i32(spec->StrandID);
+        w.f64(spec->SolutionTime);
+        w.i32(spec->ZoneColor < 0 ? -1 : spec->ZoneColor);
+        w.i32(zoneTypeToFile(spec->Type));
+        w.i32(0);  // always block
+        bool anyCellCentered = false;
+        for (size_t v = 0; v < vars.size(); v++) {
+            FieldData_a fieldData = varIsZombie[v] ? nullptr : GetNativeFieldDataPtr(dataSet, zones[n], vars[v]);
+            anyCellCentered = anyCellCentered || (fieldData != nullptr && fieldData->Location == ValueLocation_CellCentered);
+        }
+        w.i32(anyCellCentered ? 1 : 0);
+        for (size_t v = 0; anyCellCentered && v < vars.size(); v++) {
+            FieldData_a fieldData = varIsZombie[v] ? nullptr : GetNativeFieldDataPtr(dataSet, zones[n], vars[v]);
+            w.i32(fieldData != nullptr ? locationToFile(fieldData->Location) : 0);
+        }
+        w.i32(0);  // no raw face neighbours
+        w.i32(0);  // no user-defined face neighbours
+        if (spec->Type == ZoneType_Ordered) {
+            w.i32(spec->NumPtsI), w.i32(spec->NumPtsJ), w.i32(spec->NumPtsK);
+        } else {
+            w.i32(spec->NumPtsI), w.i32(spec->NumPtsJ), w.i32(spec->ICellDim), w.i32(spec->JCellDim),
+                w.i32(spec->KCellDim);
+        }
+        w.auxItems(spec->AuxData, 0.0f, -1);
+        w.i32(0);
+    }
+    w.f32(EndOfHeaderMarker);
+
+    // The data section.
+    for (size_t n = 0; n < zones.size() && w.ok; n++) {
+        w.f32(ZoneMarker);
+        EntIndex_t zone = zones[n];
+        std::vector<FieldData_a> fieldData(vars.size(), nullptr);
+        std::vector<int32_t> shareTarget(vars.size(), -1);
+        bool anyPassive = false, anyShared = false;
+        for (size_t v = 0; v < vars.size(); v++) {
+            if (zoneIsZombie[n] || varIsZombie[v]) continue;
+            fieldData[v] = GetNativeFieldDataPtr(dataSet, zone, vars[v]);
+            anyPassive = anyPassive || (fieldData[v] != nullptr && IsFieldDataPassive(fieldData[v]));
+            // Shared with the first zone written before this one that holds the very same object.
+            if (options.IncludeDataShareLinkage && fieldData[v] != nullptr && fieldData[v]->VarShareRefCount >= 2)
+                for (size_t earlier = 0; earlier < n && shareTarget[v] < 0; earlier++)
+                    if (!zoneIsZombie[earlier] && GetNativeFieldDataPtr(dataSet, zones[earlier], vars[v]) == fieldData[v])
+                        shareTarget[v] = int32_t(earlier);
+            anyShared = anyShared || shareTarget[v] >= 0;
+        }
+        for (size_t v = 0; v < vars.size(); v++)
+            w.i32(fieldData[v] != nullptr ? fieldData[v]->Type : FieldDataType_Byte);
+        w.i32(anyPassive ? 1 : 0);
+        for (size_t v = 0; anyPassive && v < vars.size(); v++)
+            w.i32(fieldData[v] != nullptr && IsFieldDataPassive(fieldData[v]) ? 1 : 0);
+        w.i32(anyShared ? 1 : 0);
+        for (size_t v = 0; anyShared && v < vars.size(); v++) w.i32(shareTarget[v]);
+        int32_t connectivityShare = -1;
+        const ZoneData_s *zoneData = zoneIsZombie[n] ? nullptr : GetZoneData(dataSet, zone);
+        if (options.IncludeDataShareLinkage && zoneData != nullptr && zoneData->NodeMap != nullptr &&
+            zoneData->NodeMap->RefCount >= 2)
+            for (size_t earlier = 0; earlier < n && connectivityShare < 0; earlier++)
+                if (!zoneIsZombie[earlier] && GetZoneData(dataSet, zones[earlier])->NodeMap == zoneData->NodeMap)
+                    connectivityShare = int32_t(earlier);
+        w.i32(connectivityShare);
+        if (zoneIsZombie[n]) continue;
+        const ZoneSpec_s *spec = GetZoneSpec(dataSet, zone);
+        auto stored = [&](size_t v) {
+            return fieldData[v] == nullptr || (!IsFieldDataPassive(fieldData[v]) && shareTarget[v] < 0);
+        };
+        for (size_t v = 0; v < vars.size(); v++) {
+            if (!stored(v)) continue;
+            double min = 0.0, max = 0.0;
+            if (fieldData[v] != nullptr && !GetNativeVarMinMaxForZoneVar(dataSet, zone, vars[v], true, &min, &max)) {
+                ErrMsg("Failed to read variable %d of zone %d from its source.\n", vars[v] + 1, zone + 1);
+                w.ok = false;
+            }
+            w.f64(min), w.f64(max);
+        }
+        for (size_t v = 0; v < vars.size() && w.ok; v++) {
+            if (!stored(v)) continue;
+            if (fieldData[v] == nullptr) {  // a zombie variable: zero bytes
+                std::vector<unsigned char> zeros(size_t(CalcNumPointValuesNeeded(spec)), 0);
+                w.ok = fwrite(zeros.data(), 1, zeros.size(), file) == zeros.size();
+                continue;
+            }
+            FieldData_a readable = GetReadableNativeFieldDataPtr(dataSet, zone, vars[v]);
+            if (readable == nullptr) {
+                ErrMsg("Failed to read variable %d of zone %d from its source.\n", vars[v] + 1, zone + 1);
+                w.ok = false;
+            } else if (!writeValues(w, readable)) {
+                ErrMsg("Failed to write variable %d of zone %d.\nReason: %s", vars[v] + 1, zone + 1,
+                       errno != 0 ? strerror(errno) : "Unknown");
+                w.ok = false;
+            }
+        }
+        if (ZoneTypeIsFE(spec->Type) && connectivityShare < 0 && zoneData->NodeMap != nullptr) {
+            NodeMap_a nodeMap = zoneData->NodeMap;
+            int64_t count = int64_t(nodeMap->NumElements) * nodeMap->NodesPerElement;
+            for (int64_t k = 0; k < count; k++) w.i32(nodeMap->Nodes[k]);
+        }
+    }
+    bool ok = w.ok && fflush(file) == 0 && ferror(file) == 0;
+    ok = (fclose(file) == 0) && ok;
+    if (ok && rename(tempName.c_str(), fileName) != 0) {
+        ErrMsg("Cannot open file: %s for writing. Bad filename, invalid permissions, or attempt to write to a "
+               "directory.", fileName);
+        ok = false;
+    }
+    if (!ok) unlink(tempName.c_str());
+    return ok;
+}

@@ -1,0 +1,85 @@
+// The binary data file: the system's native container for a data set. The reader parses the
+// header (title, variables, zone, text, geometry, custom label, user and auxiliary records), then
+// walks the data section registering each block of values with its byte offset, so values are
+// read only when something asks for them. The writer produces the current version, 108.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "base/data/dataset.h"
+
+constexpr int BinaryFileVersion = 108;
+
+// A stream and its byte order; every read and write swaps when the order is foreign.
+struct FileStream_s {
+    FILE *File;
+    bool IsByteOrderNative;
+};
+
+FileStream_s *FileStreamAlloc(FILE *file, bool isByteOrderNative);
+void FileStreamDealloc(FileStream_s **stream);
+
+// The version of the file at the stream's position: "#!QF" and "V%-3d" with a byte-order test, or
+// for old files a leading float version. 0 when none can be found. Sets the stream's byte order.
+int GetInputVersion(FileStream_s *stream);
+
+// A text record, kept as read until the text subsystem takes it over.
+struct Text_s {
+    int32_t PositionCoordSys = 0;  // in memory: 0 grid, 1 frame, 6 grid 3D
+    int32_t Scope = 0;
+    double X = 0, Y = 0, Z = 0;
+    int32_t Font = 0, CharHeightUnits = 0;
+    double Height = 0;
+    int32_t BoxType = 0;
+    double BoxMargin = 0, BoxLineThickness = 0;
+    int32_t BoxOutlineColor = 0, BoxFillColor = 0;
+    double Angle = 0, LineSpacing = 0;
+    int32_t Anchor = 0, Zone = -1, Color = 0;
+    std::string MacroFunctionCommand;
+    int32_t Clipping = 0;
+    std::string Text;
+};
+
+// A geometry record, kept as read until the geometry subsystem takes it over.
+struct Geom_s {
+    int32_t PositionCoordSys = 0;  // in memory: 0 grid, 1 frame, 6 grid 3D
+    int32_t Scope = 0, DrawOrder = 0;
+    double X = 0, Y = 0, Z = 0;
+    int32_t Zone = -1, Color = 0, FillColor = 0, IsFilled = 0, GeomType = 0, LinePattern = 0;
+    double PatternLength = 0, LineThickness = 0;
+    int32_t NumEllipsePts = 72, ArrowheadStyle = 0, ArrowheadAttachment = 0;
+    double ArrowheadSize = 0, ArrowheadAngle = 0;
+    std::string MacroFunctionCommand;
+    int32_t DataType = 2;  // FieldDataType_Float or FieldDataType_Double
+    int32_t Clipping = 0;
+    std::vector<double> Sizes;                      // rectangle, ellipse: X and Y; square, circle: one
+    std::vector<std::vector<double>> SegmentX, SegmentY, SegmentZ;  // line segments: per segment, its points
+};
+
+// What a data file holds besides the data set itself.
+struct DataFileExtras_s {
+    std::vector<Text_s> Texts;
+    std::vector<Geom_s> Geoms;
+    std::vector<std::string> UserRecs;
+};
+
+// Reads a whole binary data file into a new data set (values stay on disk until needed). False,
+// with the file's message, on any failure; nothing is left allocated then.
+bool ReadBinaryDataFile(const char *fileName, DataSet_s **dataSet, DataFileExtras_s *extras);
+
+struct WriteDataSetOptions_s {
+    const Set_a *Zones = nullptr;  // null: all enabled
+    const Set_a *Vars = nullptr;   // null: all enabled
+    bool IncludeText = true, IncludeGeom = true, IncludeCustomLabels = true, IncludeData = true;
+    bool IncludeDataShareLinkage = true;
+    bool IncludeZombies = false;
+};
+
+// Writes the data set as a version-108 binary file. The file is written under a temporary name in
+// the same directory and renamed over the target only when complete, so a failure leaves the old
+// file as it was.
+bool GoWriteDataSet(DataSet_s *dataSet, const DataFileExtras_s *extras, const char *fileName,
+                    const WriteDataSetOptions_s &options);
