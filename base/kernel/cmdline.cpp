@@ -9,6 +9,7 @@
 #include <cstring>
 #include <unistd.h>
 
+#include "base/data/readdataset.h"
 #include "base/kernel/alloc.h"
 #include "base/kernel/errors.h"
 #include "base/kernel/genbase.h"

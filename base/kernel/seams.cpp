@@ -32,11 +32,6 @@ void MarkLayoutClean() {}
 void BroadcastStartupCompleted() {}
 bool OpenQuickMacroPanel() { return true; }
 
-bool Action_ReadDataSet(const StringList_s *, const std::string &) {
-    ErrMsg("Reading data sets is not available in this version of Orvanex.");
-    return false;
-}
-
 bool Action_OpenLayout(const std::string &, const StringList_s *) {
     ErrMsg("Opening layout files is not available in this version of Orvanex.");
     return false;

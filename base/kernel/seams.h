@@ -41,7 +41,6 @@ void BroadcastStartupCompleted();
 bool OpenQuickMacroPanel();
 
 // the command-line start-up actions
-bool Action_ReadDataSet(const StringList_s *instructions, const std::string &readerName);
 bool Action_OpenLayout(const std::string &layoutFileName, const StringList_s *alternateDataFiles);
 bool Action_LoadColorMap(const std::string &fileName);
 bool Action_ReadStylesheet(const std::string &fileName);
