@@ -116,6 +116,22 @@ struct Reader {
             if (text->size() < maxLength) text->push_back(char(c));
         }
     }
+    // Before version 63 a string is a fixed count of float character codes.
+    bool readFixedString(int count, std::string *text) {
+        text->clear();
+        for (int n = 0; n < count; n++) {
+            float f;
+            if (!readRaw(stream, &f) || !std::isfinite(f)) return false;
+            int c = int(f);
+            if (c == 0) continue;
+            text->push_back((c >= 32 && c <= 127) || (c >= 160 && c <= 255) ? char(c) : '?');
+        }
+        return true;
+    }
+    // A string of the file: variable length from version 63 on, fixed before.
+    bool readName(size_t maxLength, int oldCount, std::string *text) {
+        return version >= 63 ? readString(maxLength, text) : readFixedString(oldCount, text);
+    }
     bool readAuxItem(AuxData_s *aux, const char *badRecord) {
         std::string name, value;
         int32_t type;
@@ -171,15 +187,56 @@ struct Header_s {
     }
 };
 
-bool readZoneHeader(Reader &r, int numVars, ZoneHeader_s *zone) {
+// The short zone header of files before version 101: name, format, colour, I, J, K.
+bool readOldZoneHeader(Reader &r, int numVars, ZoneHeader_s *zone) {
     ZoneSpec_s &spec = zone->Spec;
     std::string name;
-    int32_t parent, strand, color, type, packing, locationGiven;
+    int32_t format, color = -1;
+    if (!r.readName(MaxZoneNameLength, 10, &name) || !r.readInt(0, 3, &format)) return r.fail("Datafile is corrupted");
+    spec.Name = DupString(trim(name).c_str());
+    if (r.version >= 63 && !r.readInt(-1, 255, &color)) return r.fail("Datafile is corrupted");
+    if (r.version < 60) {
+        float unused;
+        if (!readRaw(r.stream, &unused)) return r.fail("Datafile is corrupted");
+    }
+    // Colours 15 to 22 of files before version 70 are 8 to 15 now.
+    if (r.version < 70 && color >= 15 && color <= 22) color -= 7;
+    spec.ZoneColor = int16_t(color < 0 || color > 63 ? -2 : color);
+    spec.IsBlock = format == 0 || format == 2;
+    zone->Locations.assign(size_t(numVars), ValueLocation_Nodal);
+    int32_t k = 1;
+    if (!r.readInt(0, MAXINDEX, &spec.NumPtsI) || !r.readInt(0, MAXINDEX, &spec.NumPtsJ) ||
+        (r.version >= 60 && !r.readInt(0, MAXINDEX, &k)))
+        return r.fail("Datafile is corrupted");
+    if (format >= 2) {
+        static const ZoneType_e oldElementTypes[5] = {ZoneType_FETriangle, ZoneType_FEQuad, ZoneType_FETetra,
+                                                      ZoneType_FEBrick, ZoneType_FELineSeg};
+        if (r.version < 61) {
+            spec.Type = ZoneType_FEQuad;
+        } else {
+            if (k < 0 || k > 4) return r.fail("Datafile corrupted: Invalid element type for FE DataSet");
+            spec.Type = oldElementTypes[k];
+        }
+        spec.NumPtsK = GetNodesPerElement(spec.Type);
+    } else {
+        spec.NumPtsK = k;
+        if (spec.NumPtsI == 0 || spec.NumPtsJ == 0 || spec.NumPtsK == 0)
+            return r.fail("Invalid data file: incorrect specification of I, J, or K points for ordered data set.");
+    }
+    return true;
+}
+
+bool readZoneHeader(Reader &r, int numVars, ZoneHeader_s *zone) {
+    if (r.version < 101) return readOldZoneHeader(r, numVars, zone);
+    ZoneSpec_s &spec = zone->Spec;
+    std::string name;
+    int32_t parent = -1, strand = -1, color, type, packing, locationGiven;
     if (!r.readString(MaxZoneNameLength, &name)) return false;
     spec.Name = DupString(trim(name).c_str());
-    if (!r.readInt(-1, MaxNumZonesOrVars - 1, &parent) || !r.readInt(-2, MaxStrandID, &strand) ||
-        !r.readDouble(&spec.SolutionTime) || !r.readInt(-1, 63, &color) || !r.readInt(0, 5, &type) ||
-        !r.readInt(0, 1, &packing) || !r.readInt(0, 1, &locationGiven))
+    if ((r.version >= 107 && !r.readInt(-1, MaxNumZonesOrVars - 1, &parent)) ||
+        (r.version >= 106 && (!r.readInt(-2, MaxStrandID, &strand) || !r.readDouble(&spec.SolutionTime))) ||
+        !r.readInt(-1, 63, &color) || !r.readInt(0, 5, &type) || !r.readInt(0, 1, &packing) ||
+        !r.readInt(0, 1, &locationGiven))
         return false;
     spec.ParentZone = EntIndex_t(parent);
     spec.StrandID = strand;
@@ -232,6 +289,23 @@ bool readZoneHeader(Reader &r, int numVars, ZoneHeader_s *zone) {
         if (spec.AuxData == nullptr && (spec.AuxData = AuxDataAlloc()) == nullptr)
             return r.fail("Out of memory loading binary data file header");
         if (!r.readAuxItem(spec.AuxData, "Invalid header in binary datafile")) return false;
+    }
+    // Files before version 106 kept a zone's time as the auxiliary item "Common.Time".
+    ArbParam_t timeText;
+    AuxDataType_e auxType;
+    bool retain;
+    LgIndex_t index;
+    if (r.version < 106 && spec.AuxData != nullptr &&
+        AuxDataGetItemByName(spec.AuxData, "Common.Time", &timeText, &auxType, &retain)) {
+        const char *text = reinterpret_cast<const char *>(timeText);
+        char *end = nullptr;
+        double time = strtod(text, &end);
+        while (end != nullptr && (*end == ' ' || *end == '\t')) end++;
+        if (end != text && end != nullptr && *end == '\0' && AuxDataGetItemIndex(spec.AuxData, "Common.Time", &index)) {
+            spec.SolutionTime = time;
+            spec.StrandID = -2;
+            AuxDataDeleteItemByIndex(spec.AuxData, index);
+        }
     }
     return true;
 }
@@ -309,13 +383,13 @@ bool readGeomRecord(Reader &r, Geom_s *geom) {
 
 bool readHeader(Reader &r, Header_s *header, DataFileExtras_s *extras) {
     int32_t numVars;
-    if (!r.readString(MaxDataSetTitleLength, &header->Title) || !r.readInt(0, MaxNumZonesOrVars, &numVars))
+    if (!r.readName(MaxDataSetTitleLength, 80, &header->Title) || !r.readInt(0, MaxNumZonesOrVars, &numVars))
         return false;
     header->Title = trim(header->Title);
     header->VarNames.resize(size_t(numVars));
     header->VarAux.assign(size_t(numVars), nullptr);
     for (std::string &name : header->VarNames) {
-        if (!r.readString(MaxVarNameLength, &name)) return false;
+        if (!r.readName(MaxVarNameLength, 5, &name)) return false;
         name = escapeNewlines(name);
     }
     for (;;) {
@@ -328,10 +402,12 @@ bool readHeader(Reader &r, Header_s *header, DataFileExtras_s *extras) {
             header->Zones.emplace_back();
             if (!readZoneHeader(r, numVars, &header->Zones.back())) return false;
         } else if (marker == TextMarker) {
+            if (r.version < 101) return r.fail("Invalid text record");  // the old field order is not kept
             Text_s text;
             if (!readTextRecord(r, &text)) return false;
             extras->Texts.push_back(std::move(text));
         } else if (marker == GeomMarker) {
+            if (r.version < 101) return r.fail("Invalid geometry record");
             Geom_s geom;
             if (!readGeomRecord(r, &geom)) return false;
             extras->Geoms.push_back(std::move(geom));
@@ -496,25 +572,39 @@ struct DataSectionReader {
         EntIndex_t numVars = EntIndex_t(header.VarNames.size());
         float marker;
         if (!r.readMarker(&marker) || marker != ZoneMarker) return fail("Corrupt input file");
-        std::vector<FieldDataType_e> types(size_t(numVars), FieldDataType_Float);
+        std::vector<FieldDataType_e> types(size_t(numVars), FieldDataType_Float);  // all floats before 70
         for (FieldDataType_e &type : types) {
             int32_t code;
+            if (r.version < 70) break;
             if (!readRaw(r.stream, &code)) return fail("Unable to skip over variable types.");
             if (code < 1 || code > 6) return fail("Invalid data type - binary input file corrupted");
             type = FieldDataType_e(code);
         }
         std::vector<int32_t> passive(size_t(numVars), 0), shareZone(size_t(numVars), -1);
-        int32_t flag = 0;
-        if (r.version >= 105) {
+        int32_t flag = 0, connectivityShare = -1;
+        if (r.version >= 101) {
+            if (r.version >= 105) {
+                if (!r.readInt(0, 1, &flag)) return fail("Binary datafile corrupted!");
+                for (int32_t &p : passive)
+                    if (flag && !r.readInt(0, 1, &p)) return fail("Binary datafile corrupted!");
+            }
             if (!r.readInt(0, 1, &flag)) return fail("Binary datafile corrupted!");
-            for (int32_t &p : passive)
-                if (flag && !r.readInt(0, 1, &p)) return fail("Binary datafile corrupted!");
+            for (int32_t &s : shareZone)
+                if (flag && !r.readInt(-1, MaxNumZonesOrVars - 1, &s)) return fail("Binary datafile corrupted!");
+            if (!r.readInt(-1, MaxNumZonesOrVars - 1, &connectivityShare)) return fail("Binary datafile corrupted!");
+        } else if (r.version >= 46) {
+            // Variables whose values are those of the previous zone of the file.
+            int32_t count;
+            if (!r.readInt(0, numVars, &count)) return fail("Datafile is corrupted");
+            for (int32_t n = 0; n < count; n++) {
+                int32_t var;
+                if (!r.readInt(1, numVars, &var)) return fail("Datafile is corrupted");
+                if (zone == 0)
+                    return fail("Cannot duplicate variables from the first zone since there are no previous zones to "
+                                "duplicate from.");
+                shareZone[size_t(var - 1)] = zone - 1;
+            }
         }
-        if (!r.readInt(0, 1, &flag)) return fail("Binary datafile corrupted!");
-        for (int32_t &s : shareZone)
-            if (flag && !r.readInt(-1, MaxNumZonesOrVars - 1, &s)) return fail("Binary datafile corrupted!");
-        int32_t connectivityShare;
-        if (!r.readInt(-1, MaxNumZonesOrVars - 1, &connectivityShare)) return fail("Binary datafile corrupted!");
         if (connectivityShare >= zone)
             return failf("Zone %d is attempting to share connectivity with an unloaded zone", zone + 1);
         if (zh.IsPlaceholder) return true;
@@ -545,6 +635,16 @@ struct DataSectionReader {
                 return fail("Binary datafile corrupted!");
 
         if (!readValues(zone, spec, types, passive, shareZone, mins, maxs, stored)) return false;
+        if (r.version >= 62 && r.version <= 100 && ZoneTypeIsFE(spec->Type)) {
+            int32_t sharesPrevious;
+            if (!r.readInt(0, 1, &sharesPrevious)) return fail("Datafile is corrupted");
+            if (sharesPrevious == 1) {
+                if (zone == 0 || !ZoneStructuresAreConnectivityShareCompatible(spec, GetZoneSpec(dataSet, EntIndex_t(zone - 1))))
+                    return failf("Zone %d is attempting to share connectivity with a zone that has not been loaded.",
+                                 zone + 1);
+                connectivityShare = zone - 1;
+            }
+        }
         return readConnectivity(zone, spec, connectivityShare) && readFaceNeighbors(zone, spec, connectivityShare);
     }
 
@@ -615,6 +715,13 @@ struct DataSectionReader {
         if (count == 0) return failf("Connectivity list is zero length in zone %d", zone + 1);
         int64_t offset = ftello(r.stream->File);
         if (offset + count * 4 > fileSize) return fail("Data file appears to be truncated.");
+        if (r.version < 64) {  // integers were floats then
+            for (int64_t n = 0; n < count; n++)
+                if (!r.readInt(1, MAXINDEX, &nodeMap->Nodes[n])) return fail("Binary datafile corrupted!");
+            for (int64_t n = 0; n < count; n++)
+                if (--nodeMap->Nodes[n] >= spec->NumPtsI) return fail("Binary datafile corrupted!");
+            return true;
+        }
         if (fread(nodeMap->Nodes, sizeof(int32_t), size_t(count), r.stream->File) != size_t(count)) {
             ErrMsg("Error reading connectivity list.\nReason: %s", errno != 0 ? strerror(errno) : "Unknown");
             return fail("");
@@ -667,11 +774,9 @@ bool ReadBinaryDataFile(const char *fileName, DataSet_s **dataSetOut, DataFileEx
     FileStream_s stream{raw, true};
     int version = GetInputVersion(&stream);
     if (version >= 109) return false;  // reported by GetInputVersion
-    if (version < 101) {
-        if (version == 0 || (version > 71 && version != 75 && version != 100))
-            ErrMsg("Invalid header in binary datafile");
-        else
-            ErrMsg("Binary data files older than version 101 cannot be read by this version of Orvanex.");
+    bool supported = (version >= 40 && version <= 71) || version == 75 || (version >= 100 && version <= 108);
+    if (!supported) {
+        ErrMsg("Invalid header in binary datafile");
         return false;
     }
     Reader reader{&stream, version};

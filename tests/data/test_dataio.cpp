@@ -386,3 +386,82 @@ TEST_F(DataIoTest, FailedWriteLeavesTheOldFile) {
 }
 
 }  // namespace
+
+namespace {
+
+// A string of an old file: a fixed count of float character codes.
+void fixedString(Bytes &b, const std::string &text, int count) {
+    for (int n = 0; n < count; n++) b.f32(n < int(text.size()) ? float((unsigned char)text[size_t(n)]) : 0.0f);
+}
+
+TEST_F(DataIoTest, Version100FEZoneWithOneBasedNodes) {
+    Bytes b(true);
+    b.preamble(100).str("Old FE").i32(1).str("T");
+    b.f32(299.0f).str("tri").i32(2).i32(5).i32(3).i32(1).i32(0).f32(357.0f);  // FE block, colour 5, triangles
+    b.f32(299.0f).i32(1).i32(0);                                                // types, no duplicated variables
+    b.f32(1.0f).f32(2.0f).f32(3.0f).i32(0).i32(3).i32(1).i32(2);                // values, own nodes, 1-based
+    std::string err;
+    DataSet_s *ds = read(write("v100.plt", b.data), &err);
+    ASSERT_NE(ds, nullptr) << err;
+    EXPECT_EQ(GetZoneSpec(ds, 0)->Type, ZoneType_FETriangle);
+    EXPECT_EQ(GetZoneSpec(ds, 0)->ZoneColor, 5);
+    NodeMap_a nodeMap = GetZoneData(ds, 0)->NodeMap;
+    EXPECT_EQ(NodeMapGetNode(nodeMap, 0, 0), 2);
+    EXPECT_EQ(NodeMapGetNode(nodeMap, 0, 2), 1);
+    EXPECT_EQ(at(ds, 0, 0, 2), 3.0);
+}
+
+TEST_F(DataIoTest, FloatVersion62WithFixedStringsAndDuplicatedVariables) {
+    Bytes b(false);
+    b.f32(6.2f);
+    fixedString(b, "Sixty two", 80);
+    b.f32(2.0f);
+    fixedString(b, "X", 5);
+    fixedString(b, "P\x01", 5);  // a control code becomes "?"
+    for (const char *name : {"first", "second"}) {
+        b.f32(299.0f);
+        fixedString(b, name, 10);
+        b.f32(0.0f).f32(2.0f).f32(1.0f).f32(1.0f);  // ordered block, I=2, J=1, K=1
+    }
+    b.f32(357.0f);
+    b.f32(299.0f).f32(0.0f).f32(1.0f).f32(2.0f).f32(3.0f).f32(4.0f);  // X then P
+    b.f32(299.0f).f32(1.0f).f32(1.0f).f32(9.0f).f32(8.0f);            // X from zone 1, then P
+    std::string err;
+    DataSet_s *ds = read(write("v62.plt", b.data), &err);
+    ASSERT_NE(ds, nullptr) << err;
+    EXPECT_STREQ(ds->DataSetTitle, "Sixty two");
+    EXPECT_STREQ(GetVarName(ds, 1), "P?");
+    EXPECT_STREQ(GetZoneName(ds, 1), "second");
+    EXPECT_TRUE(VarIsSharedBetweenZones(ds, 0, 1, 0));
+    EXPECT_EQ(at(ds, 1, 0, 1), 2.0);
+    EXPECT_EQ(at(ds, 1, 1, 0), 9.0);
+    // Duplication in the first zone has nothing to duplicate from.
+    Bytes bad(false);
+    bad.preamble(75).str("T").i32(1).str("X").f32(299.0f).str("z").i32(0).i32(-1).i32(2).i32(1).i32(1);
+    bad.f32(357.0f).f32(299.0f).i32(1).i32(1).i32(1);
+    EXPECT_EQ(read(write("dup.plt", bad.data), &err), nullptr);
+    EXPECT_TRUE(HoldsMessage(err, "Cannot duplicate variables from the first zone since there are no previous zones "
+                                  "to duplicate from."))
+        << err;
+    // Old text records are refused.
+    Bytes text(false);
+    text.preamble(75).str("T").i32(1).str("X").f32(499.0f);
+    EXPECT_EQ(read(write("oldtext.plt", text.data), &err), nullptr);
+    EXPECT_TRUE(HoldsMessage(err, "Err: Invalid text record")) << err;
+}
+
+TEST_F(DataIoTest, Version105CommonTimeBecomesTheSolutionTime) {
+    Bytes b(false);
+    b.preamble(105).str("T").i32(1).str("X");
+    b.f32(299.0f).str("step").i32(-1).i32(0).i32(0).i32(0).i32(0).i32(2).i32(1).i32(1);  // no parent/strand/time
+    b.i32(1).str("Common.Time").i32(0).str(" 2.5 ").i32(1).str("Other").i32(0).str("x").i32(0).f32(357.0f);
+    b.f32(299.0f).i32(1).i32(0).i32(0).i32(-1).f64(1).f64(2).f32(1).f32(2);
+    std::string err;
+    DataSet_s *ds = read(write("v105.plt", b.data), &err);
+    ASSERT_NE(ds, nullptr) << err;
+    EXPECT_EQ(GetZoneSpec(ds, 0)->SolutionTime, 2.5);
+    EXPECT_EQ(GetZoneSpec(ds, 0)->StrandID, -2);
+    EXPECT_EQ(AuxDataGetNumItems(GetZoneSpec(ds, 0)->AuxData), 1);
+}
+
+}  // namespace
