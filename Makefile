@@ -5,7 +5,7 @@ JOBS ?= 2
 RELEASE_DIR := build
 TEST_DIR := build/asan
 
-.PHONY: all deps release test demo bench clean
+.PHONY: all deps release test demo bench fuzz clean
 
 all: release
 
@@ -32,6 +32,14 @@ bench: release
 	./bench/startup.sh $(RELEASE_DIR)/bin/orvanex
 	$(RELEASE_DIR)/bin/orvanex_bench_zones
 	$(RELEASE_DIR)/bin/orvanex_bench
+
+# Fuzzes the binary data file reader for FUZZ_SECONDS (default 60) from the seed corpus.
+FUZZ_SECONDS ?= 60
+fuzz: deps
+	CC=clang CXX=clang++ cmake -S . -B build/fuzz -G Ninja -DCMAKE_BUILD_TYPE=Debug -DORVANEX_FUZZ=ON -DORVANEX_TESTS=OFF
+	cmake --build build/fuzz -j $(JOBS) --target fuzz_dataio
+	mkdir -p build/fuzz/corpus && cp tests/fuzz/corpus/* build/fuzz/corpus/
+	build/fuzz/bin/fuzz_dataio -max_total_time=$(FUZZ_SECONDS) -rss_limit_mb=4096 build/fuzz/corpus
 
 clean:
 	rm -rf build

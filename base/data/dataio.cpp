@@ -15,6 +15,7 @@
 
 #include "base/data/dataload.h"
 #include "base/data/datautil.h"
+#include "base/data/face.h"
 #include "base/data/share.h"
 #include "base/data/strand.h"
 #include "base/interact/fileio.h"
@@ -523,16 +524,6 @@ struct DataSetDeleter {
 };
 using DataSetPtr = std::unique_ptr<DataSet_s, DataSetDeleter>;
 
-int facesPerFEElement(ZoneType_e type) {
-    switch (type) {
-    case ZoneType_FETriangle: return 3;
-    case ZoneType_FEQuad: return 4;
-    case ZoneType_FETetra: return 4;
-    case ZoneType_FEBrick: return 6;
-    default: return 1;
-    }
-}
-
 // Values of a variable as the file holds them: cell-centred ordered blocks have the pure layout
 // before version 103, every I x J x K slot in 103, and the in-memory ghost layout after.
 DataValueStructure_e structureOf(int version) {
@@ -707,6 +698,10 @@ struct DataSectionReader {
     }
 
     bool readConnectivity(EntIndex_t zone, ZoneSpec_s *spec, int32_t connectivityShare) {
+        // The file must hold the node list before memory is set aside for it.
+        if (ZoneTypeIsFE(spec->Type) && connectivityShare < 0 &&
+            ftello(r.stream->File) + int64_t(spec->NumPtsJ) * GetNodesPerElement(spec->Type) * 4 > fileSize)
+            return fail("Data file appears to be truncated.");
         if (!DataSetAllocConnectivity(dataSet, zone, spec, true, EntIndex_t(connectivityShare), false))
             return fail("Not enough memory to read the binary datafile.");
         if (!ZoneTypeIsFE(spec->Type) || connectivityShare >= 0) return true;
@@ -740,23 +735,71 @@ struct DataSectionReader {
     bool readFaceNeighbors(EntIndex_t zone, ZoneSpec_s *spec, int32_t connectivityShare) {
         ZoneHeader_s &zh = header.Zones[size_t(zone)];
         if (connectivityShare >= 0) return true;
+        std::vector<int32_t> raw;
         if (zh.RawFaceNeighborsSupplied) {
-            int64_t bytes = int64_t(spec->NumPtsJ) * facesPerFEElement(spec->Type) * 4;
-            if (!seekPast(ftello(r.stream->File), bytes)) return false;
+            int64_t count = int64_t(spec->NumPtsJ) * GetFacesPerElement(spec->Type, spec->NumPtsI, spec->NumPtsJ, spec->NumPtsK);
+            if (ftello(r.stream->File) + count * 4 > fileSize) return fail("Data file appears to be truncated.");
+            raw.resize(size_t(count));
+            if (fread(raw.data(), sizeof(int32_t), raw.size(), r.stream->File) != raw.size()) {
+                ErrMsg("Error reading raw face neighbor array list.\nReason: %s", errno != 0 ? strerror(errno) : "Unknown");
+                return fail("");
+            }
+            for (int32_t &neighbor : raw) {
+                if (!r.stream->IsByteOrderNative) neighbor = swapped(neighbor);
+                if (neighbor < -1 || neighbor >= spec->NumPtsJ) return fail("Corrupt input file: invalid face neighbors.");
+            }
         }
         // User-defined connections: records until their neighbours add up to the count.
+        FaceNeighborAssignContext_s *context = nullptr;
+        if (zh.NumMiscFaceNeighbors > 0) {
+            context = FaceNeighborUserDefBeginAssign(dataSet, zone);
+            if (context == nullptr) return fail("");
+        }
+        bool global = spec->FNMode == FaceNeighborMode_GlobalOneToOne || spec->FNMode == FaceNeighborMode_GlobalOneToMany;
+        bool many = spec->FNMode == FaceNeighborMode_LocalOneToMany || spec->FNMode == FaceNeighborMode_GlobalOneToMany;
         int64_t neighbors = 0;
-        while (neighbors < zh.NumMiscFaceNeighbors) {
-            int32_t element, face, value, count = 1;
-            if (!readRaw(r.stream, &element) || !readRaw(r.stream, &face))
-                return fail("Unexpected end-of-file while reading face neighbor data.");
-            bool global = spec->FNMode == FaceNeighborMode_GlobalOneToOne || spec->FNMode == FaceNeighborMode_GlobalOneToMany;
-            bool many = spec->FNMode == FaceNeighborMode_LocalOneToMany || spec->FNMode == FaceNeighborMode_GlobalOneToMany;
-            if (many && (!readRaw(r.stream, &value) || !readRaw(r.stream, &count) || count < 1))
-                return fail("Corrupt input file: invalid face neighbors.");
-            for (int32_t n = 0; n < count * (global ? 2 : 1); n++)
-                if (!readRaw(r.stream, &value)) return fail("Unexpected end-of-file while reading face neighbor data.");
+        bool ok = true;
+        while (ok && neighbors < zh.NumMiscFaceNeighbors) {
+            int32_t element, face, obscures = 1, count = 1;
+            ok = readRaw(r.stream, &element) && readRaw(r.stream, &face) &&
+                 (!many || (readRaw(r.stream, &obscures) && readRaw(r.stream, &count)));
+            if (!ok) {
+                fail("Unexpected end-of-file while reading face neighbor data.");
+                break;
+            }
+            if (count < 1 || count > zh.NumMiscFaceNeighbors - neighbors) {
+                ok = fail("Corrupt input file: invalid face neighbors.");
+                break;
+            }
+            std::vector<LgIndex_t> elements(static_cast<size_t>(count));
+            std::vector<EntIndex_t> zones(static_cast<size_t>(count), -1);
+            for (int32_t n = 0; ok && n < count; n++) {
+                int32_t neighborZone = -1;
+                ok = (!global || readRaw(r.stream, &neighborZone)) && readRaw(r.stream, &elements[size_t(n)]);
+                if (ok && (neighborZone < -1 || neighborZone >= MaxNumZonesOrVars))
+                    ok = fail("Corrupt input file: invalid face neighbors.");
+                zones[size_t(n)] = EntIndex_t(neighborZone);
+            }
+            if (!ok) {
+                fail("Unexpected end-of-file while reading face neighbor data.");
+                break;
+            }
+            ok = FaceNeighborUserDefAssign(context, element, face, obscures != 0, count, elements.data(),
+                                           global ? zones.data() : nullptr);
+            if (!ok) fail("");
             neighbors += count;
+        }
+        if (context != nullptr && !FaceNeighborUserDefEndAssign(&context)) ok = false;
+        if (!ok) return fail("");
+        spec->FNNumBndryConns = zh.NumMiscFaceNeighbors;
+        // The raw array is the neighbours found from the node map, given by the file.
+        FaceNeighbor_a faceNeighbor = GetZoneData(dataSet, zone)->FN;
+        if (!raw.empty() && faceNeighbor != nullptr) {
+            if (!FaceNeighborAllocAutoGen(faceNeighbor)) return fail("Not enough memory to read the binary datafile.");
+            for (size_t n = 0; n < raw.size(); n++)
+                if (faceNeighbor->AutoGen->Neighbors[n] == -1) faceNeighbor->AutoGen->Neighbors[n] = raw[n];
+            FaceNeighborUpdateAutoGenBoundaryCount(faceNeighbor, GetZoneData(dataSet, zone)->NodeMap);
+            ValidateFaceNeighbor(faceNeighbor);
         }
         return true;
     }
@@ -823,6 +866,10 @@ bool ReadBinaryDataFile(const char *fileName, DataSet_s **dataSetOut, DataFileEx
             return false;
         }
     }
+    for (size_t z = 0; z < header.Zones.size(); z++)
+        if (header.Zones[z].NumMiscFaceNeighbors > 0 && !header.Zones[z].IsPlaceholder &&
+            !VerifyUserDefFNIntegrity(dataSet.get(), EntIndex_t(z)))
+            return false;
     // Placeholder zones keep the numbering of the file; they leave gaps, and gaps at the end go.
     for (size_t z = 0; z < header.Zones.size(); z++)
         if (header.Zones[z].IsPlaceholder) DataSetDeallocZone(dataSet.get(), EntIndex_t(z));
@@ -955,6 +1002,43 @@ void writeGeom(Writer &w, const Geom_s &g) {
     }
 }
 
+// An FE zone's neighbours from the node map go out as the raw array when the system is not to
+// work them out itself, so neighbours the user put there survive.
+bool writesRawFaceNeighbors(const ZoneSpec_s *spec, const FaceNeighbor_s *faceNeighbor) {
+    return faceNeighbor != nullptr && faceNeighbor->AutoGen != nullptr && ZoneTypeIsFE(spec->Type) &&
+           spec->Type != ZoneType_FELineSeg && !spec->AutoAssignFN;
+}
+
+// The raw array, then the user-defined connections as records of the zone's mode; zones are
+// numbered as written, -1 for the zone itself.
+void writeFaceNeighbors(Writer &w, const ZoneSpec_s *spec, const FaceNeighbor_s *faceNeighbor,
+                        const std::vector<int32_t> &fileZoneOf, EntIndex_t zone) {
+    if (writesRawFaceNeighbors(spec, faceNeighbor))
+        for (LgIndex_t n = 0; n < faceNeighbor->AutoGen->NumFaces; n++) w.i32(faceNeighbor->AutoGen->Neighbors[n]);
+    const FaceNeighborUserDef_s *user = faceNeighbor->UserDef;
+    if (user == nullptr || user->NumNeighbors == 0) return;
+    bool global = faceNeighbor->Mode == FaceNeighborMode_GlobalOneToOne || faceNeighbor->Mode == FaceNeighborMode_GlobalOneToMany;
+    bool many = faceNeighbor->Mode == FaceNeighborMode_LocalOneToMany || faceNeighbor->Mode == FaceNeighborMode_GlobalOneToMany;
+    LgIndex_t numFaces = faceNeighbor->NumElements * faceNeighbor->FacesPerElement;
+    for (LgIndex_t f = 0; f < numFaces; f++) {
+        LgIndex_t first = user->Offsets[f], count = user->Offsets[f + 1] - first;
+        if (count == 0) continue;
+        w.i32(f / faceNeighbor->FacesPerElement);
+        w.i32(f % faceNeighbor->FacesPerElement);
+        if (many) {
+            w.i32(user->ObscuringFaces == nullptr || InSet(user->ObscuringFaces, f) ? 1 : 0);
+            w.i32(count);
+        }
+        for (LgIndex_t n = first; n < first + count; n++) {
+            if (global) {
+                EntIndex_t neighborZone = user->Zones != nullptr ? user->Zones[n] : -1;
+                w.i32(neighborZone < 0 || neighborZone == zone ? -1 : fileZoneOf[size_t(neighborZone)]);
+            }
+            w.i32(user->Elements[n]);
+        }
+    }
+}
+
 // Variables still read from the file being replaced become resident first: after the rename their
 // offsets would point into the new file.
 bool ConvertVarsDependentOnFileNameToAllocated(const char *fileName, DataSet_s *dataSet) {
@@ -1010,7 +1094,7 @@ bool GoWriteDataSet(DataSet_s *dataSet, const DataFileExtras_s *extras, const ch
         return false;
     }
     FILE *file = fdopen(fd, "wb");
-    FileStream_s stream{file, true};
+    FileStream_s stream{file, !options.OtherByteOrder};
     Writer w{&stream};
     fwrite("#!QF", 1, 4, file);
     char tag[8];
@@ -1066,8 +1150,15 @@ bool GoWriteDataSet(DataSet_s *dataSet, const DataFileExtras_s *extras, const ch
             FieldData_a fieldData = varIsZombie[v] ? nullptr : GetNativeFieldDataPtr(dataSet, zones[n], vars[v]);
             w.i32(fieldData != nullptr ? locationToFile(fieldData->Location) : 0);
         }
-        w.i32(0);  // no raw face neighbours
-        w.i32(0);  // no user-defined face neighbours
+        const FaceNeighbor_s *faceNeighbor = GetZoneData(dataSet, zones[n])->FN;
+        w.i32(writesRawFaceNeighbors(spec, faceNeighbor) ? 1 : 0);
+        LgIndex_t userNeighbors = faceNeighbor != nullptr && faceNeighbor->UserDef != nullptr
+                                      ? faceNeighbor->UserDef->NumNeighbors : 0;
+        w.i32(userNeighbors);
+        if (userNeighbors > 0) {
+            w.i32(faceNeighbor->Mode);
+            if (spec->Type != ZoneType_Ordered) w.i32(0);  // FEFaceNeighborsComplete
+        }
         if (spec->Type == ZoneType_Ordered) {
             w.i32(spec->NumPtsI), w.i32(spec->NumPtsJ), w.i32(spec->NumPtsK);
         } else {
@@ -1148,6 +1239,7 @@ bool GoWriteDataSet(DataSet_s *dataSet, const DataFileExtras_s *extras, const ch
             int64_t count = int64_t(nodeMap->NumElements) * nodeMap->NodesPerElement;
             for (int64_t k = 0; k < count; k++) w.i32(nodeMap->Nodes[k]);
         }
+        if (connectivityShare < 0 && zoneData->FN != nullptr) writeFaceNeighbors(w, spec, zoneData->FN, fileZoneOf, zone);
     }
     bool ok = w.ok && fflush(file) == 0 && ferror(file) == 0;
     ok = (fclose(file) == 0) && ok;

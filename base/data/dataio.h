@@ -76,6 +76,7 @@ struct WriteDataSetOptions_s {
     bool IncludeText = true, IncludeGeom = true, IncludeCustomLabels = true, IncludeData = true;
     bool IncludeDataShareLinkage = true;
     bool IncludeZombies = false;
+    bool OtherByteOrder = false;  // write for a machine of the other byte order
 };
 
 // Writes the data set as a version-108 binary file. The file is written under a temporary name in

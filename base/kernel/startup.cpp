@@ -14,6 +14,7 @@
 #include "base/interact/fileio.h"
 #include "base/interact/inet.h"
 #include "base/data/dataload.h"
+#include "base/data/face.h"
 #include "base/data/memmap.h"
 #include "base/kernel/alloc.h"
 #include "base/kernel/cmdline.h"
@@ -170,6 +171,7 @@ bool InitOrvanex(int argc, char **argv) {
     const char *systemTemp = GetSystemTempDir();
     rememberedSystemTempDir = systemTemp != nullptr ? systemTemp : "";
     INetInitialize();
+    FaceNeighborInstallHooks();
     InitCZData();
     InitCZInfo();
     InitLineMapInfo();

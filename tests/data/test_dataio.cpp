@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "base/data/dataio.h"
+#include "base/data/face.h"
 #include "base/data/share.h"
 #include "base/kernel/auxdata.h"
 #include "base/kernel/strlist.h"
@@ -287,44 +288,50 @@ TEST_F(DataIoTest, RoundTripOfEveryTypeLocationSharingAndRecord) {
     out.Geoms[0].SegmentX = {{0, 1, 2}};
     out.Geoms[0].SegmentY = {{3, 4, 5}};
 
-    std::string path = tempDir + "/round.plt";
-    ASSERT_TRUE(GoWriteDataSet(ds, &out, path.c_str(), WriteDataSetOptions_s()));
-    DataSet_s *back = read(path);
-    ASSERT_NE(back, nullptr);
-    ASSERT_EQ(back->NumZones, 3);
-    ASSERT_EQ(back->NumVars, 7);
-    for (int v = 0; v < 6; v++) {
-        FieldData_a a = GetReadableNativeFieldDataPtr(ds, 0, EntIndex_t(v));
-        FieldData_a b = GetReadableNativeFieldDataPtr(back, 0, EntIndex_t(v));
-        ASSERT_NE(b, nullptr) << v;
-        EXPECT_EQ(b->Type, a->Type) << v;
-        EXPECT_EQ(b->Location, a->Location) << v;
-        ASSERT_EQ(b->NumValues, a->NumValues) << v;
-        for (LgIndex_t n = 0; n < a->NumValues; n++) EXPECT_EQ(GetFieldValue(b, n), GetFieldValue(a, n)) << v << "," << n;
+    for (bool otherOrder : {false, true}) {
+        SCOPED_TRACE(otherOrder ? "other byte order" : "native byte order");
+        std::string path = tempDir + (otherOrder ? "/round_swapped.plt" : "/round.plt");
+        WriteDataSetOptions_s options;
+        options.OtherByteOrder = otherOrder;
+        extras = DataFileExtras_s();
+        ASSERT_TRUE(GoWriteDataSet(ds, &out, path.c_str(), options));
+        DataSet_s *back = read(path);
+        ASSERT_NE(back, nullptr);
+        ASSERT_EQ(back->NumZones, 3);
+        ASSERT_EQ(back->NumVars, 7);
+        for (int v = 0; v < 6; v++) {
+            FieldData_a a = GetReadableNativeFieldDataPtr(ds, 0, EntIndex_t(v));
+            FieldData_a b = GetReadableNativeFieldDataPtr(back, 0, EntIndex_t(v));
+            ASSERT_NE(b, nullptr) << v;
+            EXPECT_EQ(b->Type, a->Type) << v;
+            EXPECT_EQ(b->Location, a->Location) << v;
+            ASSERT_EQ(b->NumValues, a->NumValues) << v;
+            for (LgIndex_t n = 0; n < a->NumValues; n++) EXPECT_EQ(GetFieldValue(b, n), GetFieldValue(a, n)) << v << "," << n;
+        }
+        EXPECT_EQ(GetNativeFieldDataPtr(back, 0, 1)->NumValues, 8);  // cell-centred: I x (J-1), ghosts included
+        EXPECT_TRUE(IsVarPassive(back, 0, 6));
+        EXPECT_TRUE(VarIsSharedBetweenZones(back, 1, 2, 0));
+        EXPECT_FALSE(VarIsSharedBetweenZones(back, 1, 2, 1));
+        EXPECT_EQ(GetZoneData(back, 2)->NodeMap, GetZoneData(back, 1)->NodeMap);
+        EXPECT_EQ(NodeMapGetNode(GetZoneData(back, 1)->NodeMap, 1, 2), 3);
+        EXPECT_EQ(GetZoneSpec(back, 2)->ParentZone, 1);
+        EXPECT_EQ(GetZoneSpec(back, 1)->Type, ZoneType_FETriangle);
+        ArbParam_t value;
+        AuxDataType_e type;
+        bool retain;
+        ASSERT_TRUE(AuxDataGetItemByName(back->AuxData, "Common.Case", &value, &type, &retain));
+        EXPECT_STREQ(reinterpret_cast<const char *>(value), "run 7");
+        ASSERT_TRUE(AuxDataGetItemByName(GetZoneSpec(back, 1)->AuxData, "Material", &value, &type, &retain));
+        EXPECT_STREQ(reinterpret_cast<const char *>(value), "steel");
+        ASSERT_EQ(back->NumCustomLabelSets, 1);
+        EXPECT_STREQ(StringListGetStringRef(back->CustomLabels[0], 0), "Mon");
+        ASSERT_EQ(extras.Texts.size(), 1u);
+        EXPECT_EQ(extras.Texts[0].Text, "Hello");
+        EXPECT_EQ(extras.Texts[0].PositionCoordSys, 6);
+        EXPECT_EQ(extras.Texts[0].X, 0.25);
+        ASSERT_EQ(extras.Geoms.size(), 1u);
+        EXPECT_EQ(extras.Geoms[0].SegmentY[0][2], 5.0);
     }
-    EXPECT_EQ(GetNativeFieldDataPtr(back, 0, 1)->NumValues, 8);  // cell-centred: I x (J-1), ghosts included
-    EXPECT_TRUE(IsVarPassive(back, 0, 6));
-    EXPECT_TRUE(VarIsSharedBetweenZones(back, 1, 2, 0));
-    EXPECT_FALSE(VarIsSharedBetweenZones(back, 1, 2, 1));
-    EXPECT_EQ(GetZoneData(back, 2)->NodeMap, GetZoneData(back, 1)->NodeMap);
-    EXPECT_EQ(NodeMapGetNode(GetZoneData(back, 1)->NodeMap, 1, 2), 3);
-    EXPECT_EQ(GetZoneSpec(back, 2)->ParentZone, 1);
-    EXPECT_EQ(GetZoneSpec(back, 1)->Type, ZoneType_FETriangle);
-    ArbParam_t value;
-    AuxDataType_e type;
-    bool retain;
-    ASSERT_TRUE(AuxDataGetItemByName(back->AuxData, "Common.Case", &value, &type, &retain));
-    EXPECT_STREQ(reinterpret_cast<const char *>(value), "run 7");
-    ASSERT_TRUE(AuxDataGetItemByName(GetZoneSpec(back, 1)->AuxData, "Material", &value, &type, &retain));
-    EXPECT_STREQ(reinterpret_cast<const char *>(value), "steel");
-    ASSERT_EQ(back->NumCustomLabelSets, 1);
-    EXPECT_STREQ(StringListGetStringRef(back->CustomLabels[0], 0), "Mon");
-    ASSERT_EQ(extras.Texts.size(), 1u);
-    EXPECT_EQ(extras.Texts[0].Text, "Hello");
-    EXPECT_EQ(extras.Texts[0].PositionCoordSys, 6);
-    EXPECT_EQ(extras.Texts[0].X, 0.25);
-    ASSERT_EQ(extras.Geoms.size(), 1u);
-    EXPECT_EQ(extras.Geoms[0].SegmentY[0][2], 5.0);
 }
 
 TEST_F(DataIoTest, PlaceholderZonesKeepTheNumbering) {
@@ -462,6 +469,82 @@ TEST_F(DataIoTest, Version105CommonTimeBecomesTheSolutionTime) {
     EXPECT_EQ(GetZoneSpec(ds, 0)->SolutionTime, 2.5);
     EXPECT_EQ(GetZoneSpec(ds, 0)->StrandID, -2);
     EXPECT_EQ(AuxDataGetNumItems(GetZoneSpec(ds, 0)->AuxData), 1);
+}
+
+}  // namespace
+
+namespace {
+
+// Two triangles in each of two zones: zone 0's element 1 and zone 1's element 0 touch.
+void addTriangleZone(DataSetTest &test, EntIndex_t zone) {
+    ZoneSpec_s fe;
+    fe.Type = ZoneType_FETriangle;
+    fe.NumPtsI = 4;
+    fe.NumPtsJ = 2;
+    fe.NumPtsK = 3;
+    FieldDataType_e type = FieldDataType_Float;
+    ASSERT_TRUE(AddZone(&fe, &type, nullptr, zone, nullptr, nullptr, -1, false));
+    NodeMap_a nodeMap = GetZoneData(CurFrame->DataSet, zone)->NodeMap;
+    const LgIndex_t nodes[6] = {0, 1, 2, 2, 1, 3};
+    for (int n = 0; n < 6; n++) NodeMapSetNode(nodeMap, n / 3, n % 3, nodes[n]);
+}
+
+TEST_F(DataIoTest, FaceNeighboursRoundTrip) {
+    FaceNeighborInstallHooks();
+    makeDataSet(1, 0);
+    addTriangleZone(*this, 0);
+    addTriangleZone(*this, 1);
+    DataSet_s *ds = dataSet();
+    // Zone 1: a user connection to zone 0, and neighbours from the node map kept as given.
+    GetZoneSpec(ds, 1)->FNMode = FaceNeighborMode_GlobalOneToOne;
+    GetZoneData(ds, 1)->FN->Mode = FaceNeighborMode_GlobalOneToOne;
+    FaceNeighborAssignContext_s *context = FaceNeighborUserDefBeginAssign(ds, 1);
+    ASSERT_NE(context, nullptr);
+    LgIndex_t element = 1;
+    EntIndex_t zone = 0;
+    ASSERT_TRUE(FaceNeighborUserDefAssign(context, 0, 2, true, 1, &element, &zone));
+    ASSERT_TRUE(FaceNeighborUserDefEndAssign(&context));
+    ASSERT_TRUE(UpdateFaceNeighbor(false, GetZoneData(ds, 0)->FN, GetZoneData(ds, 0)->NodeMap, "zone 1"));
+    GetZoneSpec(ds, 0)->AutoAssignFN = false;
+
+    std::string path = tempDir + "/neighbours.plt";
+    ASSERT_TRUE(GoWriteDataSet(ds, nullptr, path.c_str(), WriteDataSetOptions_s()));
+    std::string err;
+    DataSet_s *back = read(path, &err);
+    ASSERT_NE(back, nullptr) << err;
+    // Zone 0: element 0's face 1 (nodes 1-2) lies against element 1, read from the raw array.
+    FaceNeighbor_a zone0 = GetZoneData(back, 0)->FN;
+    ASSERT_TRUE(IsValidFaceNeighbor(zone0));
+    LgIndex_t neighbor;
+    EntIndex_t neighborZone;
+    FaceNeighborGetNeighbor(zone0, 0, 1, 0, &neighbor, &neighborZone);
+    EXPECT_EQ(neighbor, 1);
+    EXPECT_EQ(neighborZone, -1);
+    // Zone 1: the user connection survives, pointing into zone 0.
+    FaceNeighbor_a zone1 = GetZoneData(back, 1)->FN;
+    bool isUserDefined = false;
+    ASSERT_EQ(FaceNeighborGetNumNeighbors(zone1, 0, 2, &isUserDefined), 1);
+    EXPECT_TRUE(isUserDefined);
+    FaceNeighborGetNeighbor(zone1, 0, 2, 0, &neighbor, &neighborZone);
+    EXPECT_EQ(neighbor, 1);
+    EXPECT_EQ(neighborZone, 0);
+}
+
+TEST_F(DataIoTest, BadUserFaceNeighbourIsRefused) {
+    FaceNeighborInstallHooks();
+    Bytes b(false);
+    b.preamble().str("T").i32(1).str("X");
+    // A triangle zone with one local connection (mode 0) naming element 5 of 2.
+    b.f32(299.0f).str("fe").i32(-1).i32(-1).f64(0).i32(-1).i32(2).i32(0).i32(0).i32(0).i32(1).i32(0).i32(0);
+    b.i32(4).i32(2).i32(0).i32(0).i32(0).i32(0).f32(357.0f);
+    b.zoneData({1}).f64(0).f64(0).f32(0).f32(0).f32(0).f32(0);
+    for (int n : {0, 1, 2, 2, 1, 3}) b.i32(n);
+    b.i32(5).i32(0).i32(1);
+    std::string err;
+    EXPECT_EQ(read(write("badfn.plt", b.data), &err), nullptr);
+    EXPECT_TRUE(HoldsMessage(err, "Invalid user defined face neighbor element assignment. Element number is not "
+                                  "valid for the zone dimensions."))
+        << err;
 }
 
 }  // namespace
