@@ -32,6 +32,8 @@ bench: release
 	./bench/startup.sh $(RELEASE_DIR)/bin/orvanex
 	$(RELEASE_DIR)/bin/orvanex_bench_zones
 	$(RELEASE_DIR)/bin/orvanex_bench
+	$(RELEASE_DIR)/bin/orvanex_bench_face
+	$(RELEASE_DIR)/bin/orvanex_bench_dataio /tmp
 
 # Fuzzes the binary data file reader for FUZZ_SECONDS (default 60) from the seed corpus.
 FUZZ_SECONDS ?= 60
