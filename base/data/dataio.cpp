@@ -1004,16 +1004,16 @@ void writeGeom(Writer &w, const Geom_s &g) {
 
 // An FE zone's neighbours from the node map go out as the raw array when the system is not to
 // work them out itself, so neighbours the user put there survive.
-bool writesRawFaceNeighbors(const ZoneSpec_s *spec, const FaceNeighbor_s *faceNeighbor) {
+bool writesRawFaceNeighbors(const ZoneSpec_s *spec, const FaceNeighbor_s *faceNeighbor, bool includeAutoGen) {
     return faceNeighbor != nullptr && faceNeighbor->AutoGen != nullptr && ZoneTypeIsFE(spec->Type) &&
-           spec->Type != ZoneType_FELineSeg && !spec->AutoAssignFN;
+           spec->Type != ZoneType_FELineSeg && (includeAutoGen || !spec->AutoAssignFN);
 }
 
 // The raw array, then the user-defined connections as records of the zone's mode; zones are
 // numbered as written, -1 for the zone itself.
 void writeFaceNeighbors(Writer &w, const ZoneSpec_s *spec, const FaceNeighbor_s *faceNeighbor,
-                        const std::vector<int32_t> &fileZoneOf, EntIndex_t zone) {
-    if (writesRawFaceNeighbors(spec, faceNeighbor))
+                        const std::vector<int32_t> &fileZoneOf, EntIndex_t zone, bool includeAutoGen) {
+    if (writesRawFaceNeighbors(spec, faceNeighbor, includeAutoGen))
         for (LgIndex_t n = 0; n < faceNeighbor->AutoGen->NumFaces; n++) w.i32(faceNeighbor->AutoGen->Neighbors[n]);
     const FaceNeighborUserDef_s *user = faceNeighbor->UserDef;
     if (user == nullptr || user->NumNeighbors == 0) return;
@@ -1151,7 +1151,7 @@ bool GoWriteDataSet(DataSet_s *dataSet, const DataFileExtras_s *extras, const ch
             w.i32(fieldData != nullptr ? locationToFile(fieldData->Location) : 0);
         }
         const FaceNeighbor_s *faceNeighbor = GetZoneData(dataSet, zones[n])->FN;
-        w.i32(writesRawFaceNeighbors(spec, faceNeighbor) ? 1 : 0);
+        w.i32(writesRawFaceNeighbors(spec, faceNeighbor, options.IncludeAutoGenFaceNeighbors) ? 1 : 0);
         LgIndex_t userNeighbors = faceNeighbor != nullptr && faceNeighbor->UserDef != nullptr
                                       ? faceNeighbor->UserDef->NumNeighbors : 0;
         w.i32(userNeighbors);
@@ -1239,7 +1239,7 @@ bool GoWriteDataSet(DataSet_s *dataSet, const DataFileExtras_s *extras, const ch
             int64_t count = int64_t(nodeMap->NumElements) * nodeMap->NodesPerElement;
             for (int64_t k = 0; k < count; k++) w.i32(nodeMap->Nodes[k]);
         }
-        if (connectivityShare < 0 && zoneData->FN != nullptr) writeFaceNeighbors(w, spec, zoneData->FN, fileZoneOf, zone);
+        if (connectivityShare < 0 && zoneData->FN != nullptr) writeFaceNeighbors(w, spec, zoneData->FN, fileZoneOf, zone, options.IncludeAutoGenFaceNeighbors);
     }
     bool ok = w.ok && fflush(file) == 0 && ferror(file) == 0;
     ok = (fclose(file) == 0) && ok;

@@ -75,6 +75,7 @@ struct WriteDataSetOptions_s {
     const Set_a *Vars = nullptr;   // null: all enabled
     bool IncludeText = true, IncludeGeom = true, IncludeCustomLabels = true, IncludeData = true;
     bool IncludeDataShareLinkage = true;
+    bool IncludeAutoGenFaceNeighbors = false;  // FE neighbours from the node map as the raw array
     bool IncludeZombies = false;
     bool OtherByteOrder = false;  // write for a machine of the other byte order
 };

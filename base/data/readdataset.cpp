@@ -49,13 +49,14 @@ bool Action_ReadDataSet(const StringList_s *instructions, const std::string &rea
         return false;
     }
     DataSetPtr dataSet;
+    DataFileExtras_s extras;
     for (const std::string &name : names) {
         if (HasSuffixIgnoringCase(name, ".dat")) {
             ErrMsg("Reading text data files is not available in this version of Orvanex: %s", name.c_str());
             return false;
         }
         DataSet_s *loaded = nullptr;
-        if (!ReadBinaryDataFile(name.c_str(), &loaded, nullptr)) return false;
+        if (!ReadBinaryDataFile(name.c_str(), &loaded, &extras)) return false;
         DataSetPtr next(loaded);
         if (!dataSet) {
             dataSet = std::move(next);
@@ -65,6 +66,8 @@ bool Action_ReadDataSet(const StringList_s *instructions, const std::string &rea
     }
     if (CurFrame == nullptr || !AttachDataSetToCurFrame(dataSet.get())) return false;
     dataSet.release();
+    CurFrame->Texts = std::move(extras.Texts);
+    CurFrame->Geoms = std::move(extras.Geoms);
     StateChanged(StateChange_DataSetReset, nullptr);
     return true;
 }

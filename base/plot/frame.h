@@ -5,6 +5,9 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
+
+#include "base/data/dataio.h"
 
 struct DataSet_s;
 struct FrameZoneList_s;
@@ -14,6 +17,10 @@ struct Frame_s {
     uint64_t UniqueID = 0;
     DataSet_s *DataSet = nullptr;
     FrameZoneList_s *ZoneList = nullptr;  // derived values of the data set's variables
+    // Text and geometry records read with the data, kept as read until text and geometries
+    // are drawn.
+    std::vector<Text_s> Texts;
+    std::vector<Geom_s> Geoms;
 };
 
 // The current frame; null before the first frame exists.

@@ -548,3 +548,36 @@ TEST_F(DataIoTest, BadUserFaceNeighbourIsRefused) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(DataIoTest, EveryFEZoneTypeKeepsItsTypeAndNodes) {
+    makeDataSet(1, 0);
+    DataSet_s *ds = dataSet();
+    const ZoneType_e types[5] = {ZoneType_FELineSeg, ZoneType_FETriangle, ZoneType_FEQuad, ZoneType_FETetra,
+                                 ZoneType_FEBrick};
+    for (EntIndex_t z = 0; z < 5; z++) {
+        ZoneSpec_s spec;
+        spec.Type = types[z];
+        spec.NumPtsI = 9;
+        spec.NumPtsJ = 2;
+        spec.NumPtsK = GetNodesPerElement(types[z]);
+        ASSERT_TRUE(AddZone(&spec, nullptr, nullptr, z, nullptr, nullptr, -1, false));
+        NodeMap_a nodeMap = GetZoneData(ds, z)->NodeMap;
+        for (int e = 0; e < 2; e++)
+            for (int c = 0; c < spec.NumPtsK; c++) NodeMapSetNode(nodeMap, e, c, (e + c * 2) % 9);
+    }
+    std::string path = tempDir + "/fe.plt";
+    ASSERT_TRUE(GoWriteDataSet(ds, nullptr, path.c_str(), WriteDataSetOptions_s()));
+    DataSet_s *back = read(path);
+    ASSERT_NE(back, nullptr);
+    for (EntIndex_t z = 0; z < 5; z++) {
+        EXPECT_EQ(GetZoneSpec(back, z)->Type, types[z]) << z;
+        NodeMap_a nodeMap = GetZoneData(back, z)->NodeMap;
+        ASSERT_EQ(nodeMap->NodesPerElement, GetNodesPerElement(types[z]));
+        for (int e = 0; e < 2; e++)
+            for (int c = 0; c < nodeMap->NodesPerElement; c++) EXPECT_EQ(NodeMapGetNode(nodeMap, e, c), (e + c * 2) % 9);
+    }
+}
+
+}  // namespace
