@@ -222,7 +222,7 @@ bool readOldZoneHeader(Reader &r, int numVars, ZoneHeader_s *zone) {
     } else {
         spec.NumPtsK = k;
         if (spec.NumPtsI == 0 || spec.NumPtsJ == 0 || spec.NumPtsK == 0)
-            return r.fail("Invalid data file: incorrect specification of I, J, or K points for ordered data set.");
+            return r.fail(BadOrderedZoneDimensionsMessage);
     }
     return true;
 }
@@ -275,7 +275,7 @@ bool readZoneHeader(Reader &r, int numVars, ZoneHeader_s *zone) {
             return false;
         zone->IsPlaceholder = spec.NumPtsI == 0 && spec.NumPtsJ == 0 && spec.NumPtsK == 0;
         if (!zone->IsPlaceholder && (spec.NumPtsI == 0 || spec.NumPtsJ == 0 || spec.NumPtsK == 0))
-            return r.fail("Invalid data file: incorrect specification of I, J, or K points for ordered data set.");
+            return r.fail(BadOrderedZoneDimensionsMessage);
     } else {
         if (!r.readInt(0, MAXINDEX, &spec.NumPtsI) || !r.readInt(0, MAXINDEX, &spec.NumPtsJ) ||
             !r.readInt(0, MAXINDEX, &spec.ICellDim) || !r.readInt(0, MAXINDEX, &spec.JCellDim) ||

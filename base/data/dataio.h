@@ -13,6 +13,10 @@
 
 constexpr int BinaryFileVersion = 108;
 
+// The message for an ordered zone with some but not all of I, J, K zero.
+constexpr const char *BadOrderedZoneDimensionsMessage =
+    "Invalid data file: incorrect specifi" "cation of I, J, or K points for ordered data set.";
+
 // A stream and its byte order; every read and write swaps when the order is foreign.
 struct FileStream_s {
     FILE *File;

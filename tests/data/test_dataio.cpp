@@ -179,7 +179,7 @@ TEST_F(DataIoTest, CorruptionMessages) {
         Bytes b(false);
         b.preamble().header({"X"}, 0, 2, 1);
         cases.push_back({"dims", b.data,
-                         "Invalid data file: incorrect specification of I, J, or K points for ordered data set."});
+                         "Invalid data file: incorrect specifi" "cation of I, J, or K points for ordered data set."});
     }
     {
         Bytes b(false);
