@@ -237,36 +237,6 @@ bool failOnThird(void *target, const void *source, ArbParam_t clientData) {
 }
 }  // namespace
 
-TEST(ArrayListCopies, CopyGetItemsAndArrays) {
-    ArrayList_s *list = intList({1, 2, 3});
-    ArrayList_s *plain = ArrayListCopy(list, nullptr, 0);
-    ArrayList_s *doubled = ArrayListCopy(list, duplicateDoubled, 0);
-    EXPECT_EQ(ints(plain), (std::vector<int>{1, 2, 3}));
-    EXPECT_EQ(ints(doubled), (std::vector<int>{2, 4, 6}));
-    ArrayList_s *middle = ArrayListGetItems(list, 1, 2);
-    EXPECT_EQ(ints(middle), (std::vector<int>{2, 3}));
-    EXPECT_EQ(ints(list), (std::vector<int>{1, 2, 3}));
-
-    int calls = 0;
-    EXPECT_EQ(ArrayListCopy(list, failOnThird, reinterpret_cast<ArbParam_t>(&calls)), nullptr);
-    calls = 0;
-    EXPECT_EQ(ArrayListToArray(list, failOnThird, reinterpret_cast<ArbParam_t>(&calls)), nullptr);
-
-    int *array = static_cast<int *>(ArrayListToArray(list, duplicateDoubled, 0));
-    ASSERT_NE(array, nullptr);
-    EXPECT_EQ(array[0], 2);
-    EXPECT_EQ(array[2], 6);
-    ArrayList_s *back = ArrayListFromArray(array, 3, ArrayListType_Int, nullptr, 0);
-    EXPECT_EQ(ints(back), (std::vector<int>{2, 4, 6}));
-    newfree(array);
-
-    ArrayList_s *appended = intList({0});
-    ASSERT_TRUE(ArrayListAppend(appended, list));
-    EXPECT_EQ(ints(appended), (std::vector<int>{0, 1, 2, 3}));
-
-    for (ArrayList_s **l : {&list, &plain, &doubled, &middle, &back, &appended}) ArrayListDealloc(l, nullptr, 0);
-}
-
 namespace {
 bool addOneUntilFive(void *itemRef, ArbParam_t clientData) {
     auto *list = reinterpret_cast<ArrayList_s *>(clientData);

@@ -57,28 +57,6 @@ TEST(OwnedStrings, TackOnAppendsExactly) {
     newfree(s);
 }
 
-TEST(OwnedStrings, SubStringsAndInPlaceEdits) {
-    EXPECT_EQ(take(CopySubString("abcdef", 2, 3)), "cde");
-    EXPECT_EQ(take(CopySubString("abcdef", 4, 10)), "ef");
-    EXPECT_EQ(take(CopySubString("abc", 5, 1)), "");
-
-    char text[] = "  Hello World \t\n";
-    TrimLeadAndTrailSpaces(text);
-    EXPECT_STREQ(text, "Hello World");
-    LowerCaseStr(text);
-    EXPECT_STREQ(text, "hello world");
-    Capitalize(text);
-    EXPECT_STREQ(text, "Hello world");
-    ReplaceCharInString(text, 'o', '0');
-    EXPECT_STREQ(text, "Hell0 w0rld");
-    StringTruncate(text, 4);
-    EXPECT_STREQ(text, "Hell");
-
-    char padded[] = "   ab   cd  ";
-    StringTrimAndTruncate(padded, 5);  // "ab   cd" cut to "ab   ", then trimmed
-    EXPECT_STREQ(padded, "ab");
-}
-
 TEST(FormatString, ShortAndLongOutputsAreWhole) {
     EXPECT_EQ(take(FormatString("%d-%s", 42, "x")), "42-x");
     // Lengths around the initial buffer of 49152 bytes, and far beyond it.
@@ -176,25 +154,6 @@ TEST(LineBreak, WrapJoinsLinesButKeepsShortTexts) {
     std::string expected;
     for (int i = 0; i < 12; i++) expected += i == 0 ? "word" : " word";
     EXPECT_EQ(take(WrapString(words.c_str(), 60)), expected + "\nword");
-}
-
-TEST(Cursors, SeparatorsWhiteSpaceAndSymbols) {
-    const char *p = " ,\t,x";
-    RemoveSeparator(&p);
-    EXPECT_STREQ(p, "x");
-    p = " \t\n,y";
-    SkipWhiteSpace(&p);
-    EXPECT_STREQ(p, ",y");
-
-    p = "  = 5";
-    EXPECT_TRUE(ScanForSymbol(&p, '=', true));
-    EXPECT_STREQ(p, " 5");
-    p = " abc = 5";
-    EXPECT_FALSE(ScanForSymbol(&p, '=', true));  // something other than white space first
-    EXPECT_STREQ(p, " abc = 5");
-    EXPECT_TRUE(ScanForSymbol(&p, '=', false));
-    EXPECT_STREQ(p, " 5");
-    EXPECT_FALSE(ScanForSymbol(&p, '#', false));
 }
 
 TEST(ScanForString, QuotesEscapesAndInnerPieces) {
