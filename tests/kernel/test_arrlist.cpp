@@ -225,19 +225,6 @@ TEST(ArrayListDestructors, RunOnDeletedReplacedAndDeallocatedItemsOnly) {
 }
 
 namespace {
-bool duplicateDoubled(void *target, const void *source, ArbParam_t) {
-    *static_cast<int *>(target) = 2 * *static_cast<const int *>(source);
-    return true;
-}
-bool failOnThird(void *target, const void *source, ArbParam_t clientData) {
-    int *calls = reinterpret_cast<int *>(clientData);
-    if (++*calls == 3) return false;
-    *static_cast<int *>(target) = *static_cast<const int *>(source);
-    return true;
-}
-}  // namespace
-
-namespace {
 bool addOneUntilFive(void *itemRef, ArbParam_t clientData) {
     auto *list = reinterpret_cast<ArrayList_s *>(clientData);
     EXPECT_TRUE(list->isVisitingItems);
