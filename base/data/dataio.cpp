@@ -18,6 +18,7 @@
 #include "base/data/face.h"
 #include "base/data/share.h"
 #include "base/data/strand.h"
+#include "base/data/textwrite.h"
 #include "base/interact/fileio.h"
 #include "base/kernel/alloc.h"
 #include "base/kernel/auxdata.h"
@@ -1061,6 +1062,7 @@ bool ConvertVarsDependentOnFileNameToAllocated(const char *fileName, DataSet_s *
 
 bool GoWriteDataSet(DataSet_s *dataSet, const DataFileExtras_s *extras, const char *fileName,
                     const WriteDataSetOptions_s &options) {
+    if (!options.Binary) return WriteTextDataSet(dataSet, fileName, options);
     const Set_a *zoneSet = options.Zones != nullptr ? options.Zones : dataSet->EnabledZones;
     const Set_a *varSet = options.Vars != nullptr ? options.Vars : dataSet->EnabledVars;
     // What is written, and the numbers it has in the file.

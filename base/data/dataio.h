@@ -82,9 +82,12 @@ struct WriteDataSetOptions_s {
     bool IncludeAutoGenFaceNeighbors = false;  // FE neighbours from the node map as the raw array
     bool IncludeZombies = false;
     bool OtherByteOrder = false;  // write for a machine of the other byte order
+    bool Binary = true;           // false: the text format
+    bool UsePointFormat = false;  // text: values point by point
+    int Precision = 12;           // text: significant digits, at most 50
 };
 
-// Writes the data set as a version-108 binary file. The file is written under a temporary name in
+// Writes the data set as a version-108 binary file (or, with Binary false, as a text data file). The file is written under a temporary name in
 // the same directory and renamed over the target only when complete, so a failure leaves the old
 // file as it was.
 bool GoWriteDataSet(DataSet_s *dataSet, const DataFileExtras_s *extras, const char *fileName,

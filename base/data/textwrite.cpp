@@ -1,0 +1,276 @@
+// The text writer. Numbers are printed with "%.*G" at the caller's precision, one blank apart,
+// 80 / (precision + 5) to a line; zone and variable numbers in the file are one-based, as the
+// converter reads them. Cell-centred values of ordered zones are written for the real cells only:
+// the ghost slots of the in-memory layout are not values.
+#include "base/data/textwrite.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+#include <unistd.h>
+
+#include "base/data/datautil.h"
+#include "base/kernel/auxdata.h"
+#include "base/kernel/errors.h"
+#include "base/kernel/strlist.h"
+
+namespace {
+
+struct FileCloser {
+    void operator()(FILE *file) const { fclose(file); }
+};
+
+const char *zoneTypeName(ZoneType_e type) {
+    switch (type) {
+    case ZoneType_FETriangle: return "FETriangle";
+    case ZoneType_FEQuad: return "FEQuadrilateral";
+    case ZoneType_FETetra: return "FETetrahedron";
+    case ZoneType_FEBrick: return "FEBrick";
+    case ZoneType_FELineSeg: return "FELineSeg";
+    default: return "Ordered";
+    }
+}
+
+const char *typeName(FieldDataType_e type) {
+    switch (type) {
+    case FieldDataType_Double: return "DOUBLE ";
+    case FieldDataType_LongInt: return "LONGINT ";
+    case FieldDataType_ShortInt: return "SHORTINT ";
+    case FieldDataType_Byte: return "BYTE ";
+    case FieldDataType_Bit: return "BIT ";
+    default: return "SINGLE ";
+    }
+}
+
+// A quoted string of the text format: a double quote or a backslash gets a backslash in front.
+std::string quoted(const char *text) {
+    std::string out = "\"";
+    for (const char *c = text != nullptr ? text : ""; *c; c++) {
+        if (*c == '"' || *c == '\\') out.push_back('\\');
+        out.push_back(*c);
+    }
+    return out + "\"";
+}
+
+// "[1,3,4]": one-based members.
+std::string setText(const std::vector<int> &members) {
+    std::string out = "[";
+    for (size_t n = 0; n < members.size(); n++) out += (n ? "," : "") + std::to_string(members[n]);
+    return out + "]";
+}
+
+// Values a line at a time.
+class ValueWriter {
+  public:
+    ValueWriter(FILE *file, int precision) : file_(file), precision_(precision), perLine_(std::max(80 / (precision + 5), 1)) {}
+    void value(double v) {
+        fprintf(file_, column_ == 0 ? "%.*G" : " %.*G", precision_, v);
+        if (++column_ == perLine_) endLine();
+    }
+    void endLine() {
+        if (column_ > 0) fputc('\n', file_);
+        column_ = 0;
+    }
+
+  private:
+    FILE *file_;
+    int precision_, perLine_, column_ = 0;
+};
+
+void writeAux(FILE *file, const AuxData_s *aux, const char *prefix) {
+    for (LgIndex_t n = 0; aux != nullptr && n < AuxDataGetNumItems(aux); n++) {
+        const char *name;
+        ArbParam_t value;
+        AuxDataType_e type;
+        bool retain;
+        AuxDataGetItemByIndex(aux, n, &name, &value, &type, &retain);
+        if (retain) fprintf(file, "%s%s=%s\n", prefix, name, quoted(reinterpret_cast<const char *>(value)).c_str());
+    }
+}
+
+// The values of a variable that the file holds: ordered cell-centred ones skip the ghost slots.
+void writeBlock(ValueWriter &out, const ZoneSpec_s *spec, FieldData_a fieldData) {
+    if (ZoneTypeIsFE(spec->Type) || fieldData->Location == ValueLocation_Nodal) {
+        for (LgIndex_t n = 0; n < fieldData->NumValues; n++) out.value(GetFieldValue(fieldData, n));
+    } else {
+        LgIndex_t ci = std::max(spec->NumPtsI - 1, 1), cj = std::max(spec->NumPtsJ - 1, 1),
+                  ck = std::max(spec->NumPtsK - 1, 1);
+        for (LgIndex_t k = 0; k < ck; k++)
+            for (LgIndex_t j = 0; j < cj; j++)
+                for (LgIndex_t i = 0; i < ci; i++)
+                    out.value(GetFieldValue(fieldData, LgIndex_t(i + int64_t(j) * spec->NumPtsI +
+                                                                  int64_t(k) * spec->NumPtsI * spec->NumPtsJ)));
+    }
+    out.endLine();
+}
+
+}  // namespace
+
+bool WriteTextDataSet(DataSet_s *dataSet, const char *fileName, const WriteDataSetOptions_s &options) {
+    if (options.Precision < 1 || options.Precision > 50) {
+        ErrMsg("Invalid ASCII precision value in data set write");
+        return false;
+    }
+    const Set_a *zoneSet = options.Zones != nullptr ? options.Zones : dataSet->EnabledZones;
+    const Set_a *varSet = options.Vars != nullptr ? options.Vars : dataSet->EnabledVars;
+    std::vector<EntIndex_t> zones, vars;
+    std::vector<bool> zombie;
+    std::vector<int> fileZoneOf(size_t(dataSet->NumZones), -1);
+    for (EntIndex_t z = 0; z < dataSet->NumZones; z++) {
+        bool selected = IsZoneEnabled(dataSet, z) && InSet(zoneSet, z);
+        if (!selected && !options.IncludeZombies) continue;
+        fileZoneOf[size_t(z)] = int(zones.size()) + 1;
+        zones.push_back(z);
+        zombie.push_back(!selected);
+    }
+    for (EntIndex_t v = 0; v < dataSet->NumVars; v++)
+        if (IsVarEnabled(dataSet, v) && InSet(varSet, v)) vars.push_back(v);
+    if (zones.empty() && vars.empty()) {
+        ErrMsg("Nothing to write out");
+        return false;
+    }
+    if (options.UsePointFormat)
+        for (EntIndex_t zone : zones)
+            for (EntIndex_t v : vars)
+                if (FieldData_a fd = IsZoneEnabled(dataSet, zone) ? GetNativeFieldDataPtr(dataSet, zone, v) : nullptr)
+                    if (fd->Location == ValueLocation_CellCentered) {
+                        ErrMsg("Cell centered variables may only be output in block format.");
+                        return false;
+                    }
+
+    std::string tempName = std::string(fileName) + ".tmpXXXXXX";
+    int fd = mkstemp(tempName.data());
+    if (fd < 0) {
+        ErrMsg("Cannot open file: %s for writing. Bad filename, invalid permissions, or attempt to write to a "
+               "directory.", fileName);
+        return false;
+    }
+    std::unique_ptr<FILE, FileCloser> file(fdopen(fd, "w"));
+    FILE *f = file.get();
+    bool ok = true;
+    bool wroteBit = false;
+    if (dataSet->DataSetTitle != nullptr && dataSet->DataSetTitle[0] != '\0')
+        fprintf(f, "TITLE     = %s\n", quoted(dataSet->DataSetTitle).c_str());
+    fprintf(f, "VARIABLES = ");
+    for (size_t n = 0; n < vars.size(); n++) fprintf(f, "%s\n", quoted(GetVarName(dataSet, vars[n])).c_str());
+    for (int16_t s = 0; options.IncludeCustomLabels && s < dataSet->NumCustomLabelSets; s++) {
+        fprintf(f, "CUSTOMLABELS\n");
+        for (LgIndex_t n = 0; n < StringListCount(dataSet->CustomLabels[s]); n++)
+            fprintf(f, "%s\n", quoted(StringListGetStringRef(dataSet->CustomLabels[s], n)).c_str());
+    }
+    writeAux(f, dataSet->AuxData, "DATASETAUXDATA ");
+    for (size_t n = 0; n < vars.size(); n++)
+        if (const VarSpec_s *varSpec = dataSet->VarSpecList != nullptr ? GetVarSpec(dataSet, vars[n]) : nullptr) {
+            std::string prefix = "VARAUXDATA " + std::to_string(n + 1) + " ";
+            writeAux(f, varSpec->AuxData, prefix.c_str());
+        }
+
+    for (size_t zn = 0; zn < zones.size() && ok; zn++) {
+        if (zombie[zn]) {
+            fprintf(f, "ZONE T=ZOMBIE I=0 J=0 K=0 F=BLOCK\n");
+            continue;
+        }
+        EntIndex_t zone = zones[zn];
+        const ZoneSpec_s *spec = GetZoneSpec(dataSet, zone);
+        const ZoneData_s *zoneData = GetZoneData(dataSet, zone);
+        fprintf(f, "ZONE T=%s\n", quoted(spec->Name).c_str());
+        if (spec->ParentZone >= 0 && fileZoneOf[size_t(spec->ParentZone)] > 0)
+            fprintf(f, " PARENTZONE=%d\n", fileZoneOf[size_t(spec->ParentZone)]);
+        fprintf(f, " STRANDID=%d, SOLUTIONTIME=%.*lG\n", spec->StrandID >= 0 ? spec->StrandID + 1 : 0,
+                options.Precision, spec->SolutionTime);
+        if (ZoneTypeIsFE(spec->Type))
+            fprintf(f, " N=%d, E=%d,", spec->NumPtsI, spec->NumPtsJ);
+        else
+            fprintf(f, " I=%d, J=%d, K=%d,", spec->NumPtsI, spec->NumPtsJ, spec->NumPtsK);
+        fprintf(f, " ZONETYPE=%s\n", zoneTypeName(spec->Type));
+        fprintf(f, options.UsePointFormat ? " DATAPACKING=POINT\n" : " DATAPACKING=BLOCK\n");
+        // Sharing with zones written before this one, and what the values are.
+        std::vector<FieldData_a> values(vars.size(), nullptr);
+        std::vector<int> cellCentered, passive;
+        std::vector<std::pair<int, int>> shared;  // (variable, zone), one-based
+        for (size_t n = 0; n < vars.size(); n++) {
+            values[n] = GetNativeFieldDataPtr(dataSet, zone, vars[n]);
+            if (values[n] == nullptr) continue;
+            if (values[n]->Location == ValueLocation_CellCentered) cellCentered.push_back(int(n) + 1);
+            if (IsFieldDataPassive(values[n])) passive.push_back(int(n) + 1);
+            if (options.IncludeDataShareLinkage && values[n]->VarShareRefCount >= 2)
+                for (size_t earlier = 0; earlier < zn; earlier++)
+                    if (!zombie[earlier] && GetNativeFieldDataPtr(dataSet, zones[earlier], vars[n]) == values[n]) {
+                        shared.emplace_back(int(n) + 1, int(earlier) + 1);
+                        break;
+                    }
+        }
+        if (!cellCentered.empty()) fprintf(f, " VARLOCATION=(%s=CELLCENTERED)\n", setText(cellCentered).c_str());
+        writeAux(f, spec->AuxData, " AUXDATA ");
+        fprintf(f, " DT=(");
+        for (FieldData_a value : values) {
+            fputs(typeName(value != nullptr ? value->Type : FieldDataType_Float), f);
+            wroteBit = wroteBit || (value != nullptr && value->Type == FieldDataType_Bit);
+        }
+        fprintf(f, ")\n");
+        if (!passive.empty()) fprintf(f, " PASSIVEVARLIST=%s\n", setText(passive).c_str());
+        if (!shared.empty()) {
+            fprintf(f, " VARSHARELIST = (");
+            for (size_t n = 0; n < shared.size(); n++)
+                fprintf(f, "%s[%d]=%d", n ? ", " : "", shared[n].first, shared[n].second);
+            fprintf(f, ")\n");
+        }
+        int connectivityShare = 0;
+        if (options.IncludeDataShareLinkage && zoneData->NodeMap != nullptr && zoneData->NodeMap->RefCount >= 2)
+            for (size_t earlier = 0; earlier < zn && connectivityShare == 0; earlier++)
+                if (!zombie[earlier] && GetZoneData(dataSet, zones[earlier])->NodeMap == zoneData->NodeMap)
+                    connectivityShare = int(earlier) + 1;
+        if (connectivityShare > 0) fprintf(f, " CONNECTIVITYSHAREZONE = %d\n", connectivityShare);
+
+        auto written = [&](size_t n) {
+            if (values[n] == nullptr || IsFieldDataPassive(values[n])) return false;
+            for (const auto &share : shared)
+                if (share.first == int(n) + 1) return false;
+            return true;
+        };
+        ValueWriter out(f, options.Precision);
+        std::vector<FieldData_a> readable(vars.size(), nullptr);
+        for (size_t n = 0; n < vars.size() && ok; n++)
+            if (written(n)) {
+                readable[n] = GetReadableNativeFieldDataPtr(dataSet, zone, vars[n]);
+                if (readable[n] == nullptr) {
+                    ErrMsg("Failed to read variable %d of zone %d from its source.\n", vars[n] + 1, zone + 1);
+                    ok = false;
+                }
+            }
+        if (!ok) break;
+        if (options.UsePointFormat) {
+            LgIndex_t points = ZoneGetNumPoints(dataSet, zone);
+            for (LgIndex_t p = 0; p < points; p++) {
+                for (size_t n = 0; n < vars.size(); n++)
+                    if (readable[n] != nullptr) out.value(GetFieldValue(readable[n], p));
+                out.endLine();
+            }
+        } else {
+            for (size_t n = 0; n < vars.size(); n++)
+                if (readable[n] != nullptr) writeBlock(out, spec, readable[n]);
+        }
+        if (ZoneTypeIsFE(spec->Type) && connectivityShare == 0 && zoneData->NodeMap != nullptr) {
+            NodeMap_a nodeMap = zoneData->NodeMap;
+            for (LgIndex_t e = 0; e < nodeMap->NumElements; e++) {
+                for (int c = 0; c < nodeMap->NodesPerElement; c++)
+                    fprintf(f, c ? " %d" : "%d", NodeMapGetNode(nodeMap, e, c) + 1);
+                fputc('\n', f);
+            }
+        }
+    }
+    ok = ok && fflush(f) == 0 && ferror(f) == 0;
+    file.reset();
+    if (ok && rename(tempName.c_str(), fileName) != 0) ok = false;
+    if (!ok) {
+        unlink(tempName.c_str());
+        return false;
+    }
+    if (wroteBit && options.UsePointFormat)
+        Warning("An ASCII file in POINT format was written with one or more variables with a datatype of BIT. This "
+                "file cannot be read back in to Orvanex. You must use BLOCK format when BIT data types are used if "
+                "you want to be able to read the file back into Orvanex.");
+    return true;
+}
