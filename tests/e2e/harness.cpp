@@ -65,7 +65,7 @@ std::vector<std::string> Scratch::tmpEntries() const {
     return names;
 }
 
-pid_t Scratch::start(const std::vector<std::string> &args) const {
+pid_t Scratch::startProgram(const std::string &program, const std::vector<std::string> &args) const {
     pid_t pid = fork();
     if (pid != 0) return pid;
     // child
@@ -85,7 +85,7 @@ pid_t Scratch::start(const std::vector<std::string> &args) const {
             setenv(name.c_str(), value.c_str(), 1);
     }
     std::vector<char *> argv;
-    std::string launcher = ORVANEX_LAUNCHER;
+    std::string launcher = program;
     argv.push_back(launcher.data());
     std::vector<std::string> copies(args);
     for (std::string &a : copies) argv.push_back(a.data());
@@ -106,6 +106,10 @@ RunResult Scratch::finish(pid_t pid) const {
 }
 
 RunResult Scratch::run(const std::vector<std::string> &args) const { return finish(start(args)); }
+
+RunResult Scratch::runProgram(const std::string &program, const std::vector<std::string> &args) const {
+    return finish(startProgram(program, args));
+}
 
 std::string Unwrapped(const std::string &text) {
     std::string out;

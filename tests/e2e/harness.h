@@ -38,8 +38,11 @@ class Scratch {
 
     // Runs the launcher with the arguments, in dir(), and waits.
     RunResult run(const std::vector<std::string> &args) const;
+    // The same with another program of the build (a tool such as the converter).
+    RunResult runProgram(const std::string &program, const std::vector<std::string> &args) const;
     // Starts it and returns at once; finish() waits and collects.
-    pid_t start(const std::vector<std::string> &args) const;
+    pid_t start(const std::vector<std::string> &args) const { return startProgram(ORVANEX_LAUNCHER, args); }
+    pid_t startProgram(const std::string &program, const std::vector<std::string> &args) const;
     RunResult finish(pid_t pid) const;
 
   private:

@@ -48,11 +48,22 @@ TEST(CommandLineData, BinaryFilesLoadAndJoin) {
     EXPECT_NE(joined.err.find("Opening File: " + s.path("b.plt")), std::string::npos) << joined.err;
 }
 
+TEST(CommandLineData, TextFilesAreConvertedAndLoaded) {
+    Scratch s;
+    s.write("run.mcr", kMacro);
+    s.write("a.dat", "VARIABLES = X Y\nZONE I=2\n1 2\n3 4\n");
+    writeDataFile(s.path("b.plt"), 2);
+    RunResult r = s.run({"-b", "run.mcr", "a.dat+b.plt"});
+    EXPECT_EQ(r.exitCode, 0);
+    EXPECT_TRUE(errorLines(s.read("batch.log")).empty()) << s.read("batch.log");
+    EXPECT_TRUE(s.tmpEntries().empty());
+}
+
 TEST(CommandLineData, FailuresAreToldInTheLog) {
     Scratch s;
     s.write("run.mcr", kMacro);
     s.write("garbage.plt", "this is not a data file");
-    s.write("text.dat", "VARIABLES = X\n");
+    s.write("bad.dat", "VARIABLES = X\nZONE I=3\n1 2 x\n");
     writeDataFile(s.path("two.plt"), 2);
     writeDataFile(s.path("three.plt"), 3);
     struct Case {
@@ -60,9 +71,11 @@ TEST(CommandLineData, FailuresAreToldInTheLog) {
         std::string message;
     };
     const std::vector<Case> cases = {
-        {"garbage.plt", "Err: Invalid header in binary datafile"},
+        // No binary version in it: taken as text, which ends before any record.
+        {"garbage.plt", "Err: Err:  Unexpected End of File in Datafile header"},
         {"missing.plt", "Err: Filename Error: File does not exist."},
-        {"text.dat", "Err: Reading text data files is not available in this version of Orvanex"},
+        {"bad.dat", "Err: Err:  Expecting a value after location I,J,K,Var = 3,1,1,1\n\nError occurred on line 3 near "
+                    "position\nmarked with \"@\" below:\n\n1 2 @x"},
         {"two.plt+three.plt", "Err: Invalid data sets for concatenation.  The source and destination data sets do not "
                               "have the same number of variables."},
     };
