@@ -4,7 +4,10 @@
 #include <fstream>
 #include <sstream>
 
+#include "base/data/fenrow.h"
+#include "base/data/share.h"
 #include "base/data/textwrite.h"
+#include "base/kernel/alloc.h"
 #include "data/data_fixture.h"
 
 namespace {
@@ -81,6 +84,72 @@ TEST_F(DataSetTest, TextWriterLinesCellCentredValuesAndConnectivity) {
     options.Precision = 51;
     err = messagesOf([&] { EXPECT_FALSE(WriteTextDataSet(dataSet(), path.c_str(), options)); });
     EXPECT_TRUE(HoldsMessage(err, "Err: Invalid ASCII precision value in data set write")) << err;
+}
+
+}  // namespace
+
+namespace {
+
+// Converts a text file and reads the result; null (with the converter's text in *err) on failure.
+DataSet_s *convertAndRead(const std::string &text, const std::string &binary, std::string *err) {
+    char *errorText = nullptr;
+    if (!FenrowAsciiDatafile(text.c_str(), binary.c_str(), &errorText)) {
+        *err = errorText != nullptr ? errorText : "";
+        newfree(errorText);
+        return nullptr;
+    }
+    DataSet_s *dataSet = nullptr;
+    ReadBinaryDataFile(binary.c_str(), &dataSet, nullptr);
+    return dataSet;
+}
+
+TEST_F(DataSetTest, TextToBinaryToTextToBinaryKeepsTheData) {
+    std::string text = tempDir + "/first.dat";
+    std::ofstream(text) << "TITLE = \"round trip\"\n"
+                           "VARIABLES = \"X\" \"P\"\n"
+                           "ZONE T=\"grid\" I=3, J=2, DATAPACKING=BLOCK, VARLOCATION=([2]=CELLCENTERED), DT=(DOUBLE SINGLE)\n"
+                           "0 1 2 0 1 2\n"
+                           "7.25 -1.5\n"
+                           "ZONE T=\"mesh\" N=4, E=2, ZONETYPE=FETRIANGLE, DATAPACKING=POINT, DT=(LONGINT SHORTINT)\n"
+                           "1 10\n2 20\n3 30\n4 40\n"
+                           "1 2 3\n3 2 4\n"
+                           "ZONE T=\"copy\" N=4, E=2, ZONETYPE=FETRIANGLE, DATAPACKING=BLOCK, VARSHARELIST=([1]=2),"
+                           " CONNECTIVITYSHAREZONE=2, DT=(LONGINT SHORTINT)\n"
+                           "-1 -2 -3 -4\n";
+    std::string err;
+    DataSet_s *first = convertAndRead(text, tempDir + "/first.plt", &err);
+    ASSERT_NE(first, nullptr) << err;
+    WriteDataSetOptions_s options;
+    options.Binary = false;
+    std::string again = tempDir + "/again.dat";
+    ASSERT_TRUE(WriteTextDataSet(first, again.c_str(), options));
+    DataSet_s *second = convertAndRead(again, tempDir + "/again.plt", &err);
+    ASSERT_NE(second, nullptr) << err;
+    ASSERT_EQ(second->NumZones, 3);
+    ASSERT_EQ(second->NumVars, 2);
+    EXPECT_STREQ(second->DataSetTitle, "round trip");
+    for (EntIndex_t z = 0; z < 3; z++) {
+        EXPECT_STREQ(GetZoneName(second, z), GetZoneName(first, z));
+        EXPECT_EQ(GetZoneSpec(second, z)->Type, GetZoneSpec(first, z)->Type);
+        for (EntIndex_t v = 0; v < 2; v++) {
+            FieldData_a a = GetReadableNativeFieldDataPtr(first, z, v), b = GetReadableNativeFieldDataPtr(second, z, v);
+            ASSERT_NE(a, nullptr);
+            ASSERT_NE(b, nullptr);
+            EXPECT_EQ(b->Type, a->Type) << z << "," << v;
+            EXPECT_EQ(b->Location, a->Location) << z << "," << v;
+            ASSERT_EQ(b->NumValues, a->NumValues) << z << "," << v;
+            for (LgIndex_t n = 0; n < a->NumValues; n++) EXPECT_EQ(GetFieldValue(b, n), GetFieldValue(a, n));
+        }
+    }
+    // What the first file said, as it said it.
+    EXPECT_EQ(GetFieldValue(GetReadableNativeFieldDataPtr(second, 0, 1), 1), -1.5);
+    EXPECT_EQ(GetFieldValue(GetReadableNativeFieldDataPtr(second, 0, 1), 2), 0.0);  // ghost slot
+    EXPECT_EQ(NodeMapGetNode(GetZoneData(second, 1)->NodeMap, 1, 2), 3);
+    EXPECT_TRUE(VarIsSharedBetweenZones(second, 1, 2, 0));
+    EXPECT_EQ(GetZoneData(second, 2)->NodeMap, GetZoneData(second, 1)->NodeMap);
+    EXPECT_EQ(GetFieldValue(GetReadableNativeFieldDataPtr(second, 2, 1), 3), -4.0);
+    DeallocDataSet(&first);
+    DeallocDataSet(&second);
 }
 
 }  // namespace
