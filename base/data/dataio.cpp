@@ -124,7 +124,7 @@ struct Reader {
         for (int n = 0; n < count; n++) {
             float f;
             if (!readRaw(stream, &f) || !std::isfinite(f)) return false;
-            int c = int(f);
+            int c = f >= 0.0f && f <= 255.0f ? int(f) : -1;
             if (c == 0) continue;
             text->push_back((c >= 32 && c <= 127) || (c >= 160 && c <= 255) ? char(c) : '?');
         }
@@ -228,8 +228,15 @@ bool readOldZoneHeader(Reader &r, int numVars, ZoneHeader_s *zone) {
     return true;
 }
 
+// An ordered zone may hold at most 2147483646 points in all.
+bool zonePointsFit(Reader &r, const ZoneSpec_s &spec) {
+    if (ZoneTypeIsFE(spec.Type) || double(spec.NumPtsI) * spec.NumPtsJ * spec.NumPtsK <= double(MAXINDEX)) return true;
+    ErrMsg("Total Number of points for a zone exceeds %ld", long(MAXINDEX));
+    return r.fail("");
+}
+
 bool readZoneHeader(Reader &r, int numVars, ZoneHeader_s *zone) {
-    if (r.version < 101) return readOldZoneHeader(r, numVars, zone);
+    if (r.version < 101) return readOldZoneHeader(r, numVars, zone) && zonePointsFit(r, zone->Spec);
     ZoneSpec_s &spec = zone->Spec;
     std::string name;
     int32_t parent = -1, strand = -1, color, type, packing, locationGiven;
@@ -277,6 +284,7 @@ bool readZoneHeader(Reader &r, int numVars, ZoneHeader_s *zone) {
         zone->IsPlaceholder = spec.NumPtsI == 0 && spec.NumPtsJ == 0 && spec.NumPtsK == 0;
         if (!zone->IsPlaceholder && (spec.NumPtsI == 0 || spec.NumPtsJ == 0 || spec.NumPtsK == 0))
             return r.fail(BadOrderedZoneDimensionsMessage);
+        if (!zonePointsFit(r, spec)) return false;
     } else {
         if (!r.readInt(0, MAXINDEX, &spec.NumPtsI) || !r.readInt(0, MAXINDEX, &spec.NumPtsJ) ||
             !r.readInt(0, MAXINDEX, &spec.ICellDim) || !r.readInt(0, MAXINDEX, &spec.JCellDim) ||
@@ -726,8 +734,8 @@ struct DataSectionReader {
         for (int64_t n = 0; n < count; n++) {
             int32_t node = nodeMap->Nodes[n];
             if (!r.stream->IsByteOrderNative) node = swapped(node);
+            if (node < base || node - base >= spec->NumPtsI) return fail("Binary datafile corrupted!");
             node -= base;
-            if (node < 0 || node >= spec->NumPtsI) return fail("Binary datafile corrupted!");
             nodeMap->Nodes[n] = node;
         }
         return true;

@@ -216,6 +216,11 @@ TEST_F(DataIoTest, CorruptionMessages) {
         b.preamble(80).str("T");
         cases.push_back({"v80", b.data, "Invalid header in binary datafile"});
     }
+    {
+        Bytes b(false);  // 8e9 points
+        b.preamble().header({"X"}, 2000, 2000, 2000);
+        cases.push_back({"points", b.data, "Total Number of points for a zone exceeds 2147483646"});
+    }
     cases.push_back({"garbage", "not a data file at all", "Invalid header in binary datafile"});
     for (const Case &c : cases) {
         std::string err;
