@@ -129,6 +129,52 @@ struct Token {
     int line = 0, col = 0;
 };
 
+// The common decimal numbers of data files, exactly: digits, a point and an exponent whose
+// mantissa fits in 53 bits and whose power of ten is at most 22 away. Then the mantissa and the
+// power are both exact doubles and one multiplication or division rounds correctly. Anything
+// else is left to from_chars.
+bool fastDecimal(const char *p, const char *end, double *value) {
+    static const double powers[23] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                      1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+    bool negative = p < end && *p == '-';
+    if (negative) p++;
+    uint64_t mantissa = 0;
+    int digits = 0, exponent = 0;
+    bool any = false;
+    for (; p < end && *p >= '0' && *p <= '9'; p++, any = true) {
+        if (mantissa == 0 && *p == '0') continue;
+        if (++digits > 18) return false;
+        mantissa = mantissa * 10 + uint64_t(*p - '0');
+    }
+    if (p < end && *p == '.') {
+        for (p++; p < end && *p >= '0' && *p <= '9'; p++, any = true) {
+            exponent--;
+            if (mantissa == 0 && *p == '0') continue;
+            if (++digits > 18) return false;
+            mantissa = mantissa * 10 + uint64_t(*p - '0');
+        }
+    }
+    if (!any) return false;
+    if (p < end && (*p == 'E' || *p == 'e')) {
+        p++;
+        bool negativeExponent = p < end && *p == '-';
+        if (p < end && (*p == '-' || *p == '+')) p++;
+        int e = 0;
+        bool expDigits = false;
+        for (; p < end && *p >= '0' && *p <= '9'; p++, expDigits = true) {
+            e = e * 10 + (*p - '0');
+            if (e > 1000) return false;
+        }
+        if (!expDigits) return false;
+        exponent += negativeExponent ? -e : e;
+    }
+    if (p != end || mantissa > (uint64_t(1) << 53) || exponent < -22 || exponent > 22) return false;
+    double result = double(mantissa);
+    result = exponent < 0 ? result / powers[-exponent] : result * powers[exponent];
+    *value = negative ? -result : result;
+    return true;
+}
+
 bool sameIgnoringCase(const std::string &a, const char *b) {
     size_t n = strlen(b);
     if (a.size() != n) return false;
@@ -189,10 +235,27 @@ struct Lexer {
                 setError(err, "Conversion interrupted.");
                 return false;
             }
-            while (c != EOF && c != '\n' && c != '\r') {
-                if (line.size() >= MaxLineLength) return fail("Line Too Long", -1);
+            // Copy the rest of the line a run at a time: scanning the block for the end of the
+            // line and appending the run costs far less than a call and a push per character.
+            if (c != '\n' && c != '\r') {
                 line.push_back(char(c));
-                c = getChar();
+                for (;;) {
+                    if (blockPos == blockLen && (c = getChar()) != EOF) blockPos--;  // refill
+                    if (blockPos == blockLen) {
+                        c = EOF;
+                        break;
+                    }
+                    const char *start = block.data() + blockPos, *end = block.data() + blockLen, *q = start;
+                    while (q < end && *q != '\n' && *q != '\r') q++;
+                    line.append(start, size_t(q - start));
+                    blockPos += size_t(q - start);
+                    if (line.size() > MaxLineLength) return fail("Line Too Long", -1);
+                    if (q < end) {
+                        c = (unsigned char)*q;
+                        blockPos++;
+                        break;
+                    }
+                }
             }
             if (c == '\r') {  // a run of carriage returns, and the newline of a CR LF pair
                 do c = getChar(); while (c == '\r');
@@ -278,9 +341,11 @@ bool Lexer::lexNumber(Token &t) {
     const char *first = nb, *last = nb + n;
     if (n > 0 && nb[0] == '+') first++;
     double value = 0.0;
-    auto result = std::from_chars(first, last, value, std::chars_format::general);
-    if (result.ec == std::errc::result_out_of_range) return fail("Value out of Range", t.col);
-    if (result.ec != std::errc() || result.ptr != last) return fail("Bad Value", t.col);
+    if (!fastDecimal(first, last, &value)) {
+        auto result = std::from_chars(first, last, value, std::chars_format::general);
+        if (result.ec == std::errc::result_out_of_range) return fail("Value out of Range", t.col);
+        if (result.ec != std::errc() || result.ptr != last) return fail("Bad Value", t.col);
+    }
     pos = p;
     t.kind = Tok_Number;
     t.value = value;
@@ -986,13 +1051,18 @@ double roundHalf(double v) { return std::trunc(v + (v >= 0 ? 0.49 : -0.49)); }
 inline void putValue(Sink *out, VarOut &o, double v) {
     double stored;
     switch (o.type) {
+    // Floating values are clipped as the binary writer clips them, so the file never holds what
+    // the reader refuses (a double beyond 1.0E150) or a denormal.
     case FieldDataType_Float: {
-        float f = float(std::clamp(v, -3.40282347e38, 3.40282347e38));
+        float f = std::fabs(v) < 1.17549435e-38 ? 0.0f : float(std::clamp(v, -3.40282347e38, 3.40282347e38));
         out->f32(f);
         stored = f;
         break;
     }
-    case FieldDataType_Double: out->f64(v); stored = v; break;
+    case FieldDataType_Double:
+        stored = std::fabs(v) < 1.0e-150 ? 0.0 : std::clamp(v, -1.0e150, 1.0e150);
+        out->f64(stored);
+        break;
     case FieldDataType_LongInt:
         stored = std::clamp(roundHalf(v), -2147483648.0, 2147483647.0);
         out->i32(int32_t(stored));

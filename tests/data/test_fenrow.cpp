@@ -2,6 +2,8 @@
 // binary reader; each expectation is worked out by hand from the text beside it.
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include <cstdio>
 #include <dirent.h>
 #include <string>
@@ -317,6 +319,30 @@ TEST_F(FenrowTest, OptionsOfTheArgumentVector) {
     EXPECT_FALSE(Fenrow(3, const_cast<char **>(bad), &errorText));
     EXPECT_NE(std::string(errorText).find("PLOT3D"), std::string::npos);
     newfree(errorText);
+}
+
+}  // namespace
+
+namespace {
+
+// Decimal numbers must come out as the nearest double, whether the quick path or the general
+// one reads them: strtod is the independent judge. Doubles beyond 1.0E150 in magnitude are
+// clipped, and those below 1.0E-150 stored as zero, as every writer of the binary file does.
+TEST_F(FenrowTest, DecimalsAreRoundedExactly) {
+    const char *numbers[] = {"0.1",      "0.3",       "123.456e-5", "1e22",  "1e23",  "9007199254740993",
+                             "-2.5E-300", "3.14159265358979323846", "0.000001", "7e-22", "1.7976931348623157e308",
+                             "000123.4500", ".5", "5."};
+    std::string text = "VARIABLES = X\nZONE I=" + std::to_string(std::size(numbers)) + " DT=(DOUBLE) F=BLOCK\n";
+    for (const char *number : numbers) text += std::string(number) + "\n";
+    ASSERT_EQ(convert(text), "");
+    std::vector<double> read = values(0, 0);
+    ASSERT_EQ(read.size(), std::size(numbers));
+    for (size_t n = 0; n < read.size(); n++) {
+        double expected = strtod(numbers[n], nullptr);
+        if (std::fabs(expected) > 1.0e150) expected = expected > 0 ? 1.0e150 : -1.0e150;
+        if (std::fabs(expected) < 1.0e-150) expected = 0.0;
+        EXPECT_EQ(read[n], expected) << numbers[n];
+    }
 }
 
 }  // namespace
