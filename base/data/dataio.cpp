@@ -1070,7 +1070,7 @@ bool ConvertVarsDependentOnFileNameToAllocated(const char *fileName, DataSet_s *
 
 bool GoWriteDataSet(DataSet_s *dataSet, const DataFileExtras_s *extras, const char *fileName,
                     const WriteDataSetOptions_s &options) {
-    if (!options.Binary) return WriteTextDataSet(dataSet, fileName, options);
+    if (!options.Binary) return WriteTextDataSet(dataSet, extras, fileName, options);
     const Set_a *zoneSet = options.Zones != nullptr ? options.Zones : dataSet->EnabledZones;
     const Set_a *varSet = options.Vars != nullptr ? options.Vars : dataSet->EnabledVars;
     // What is written, and the numbers it has in the file.

@@ -31,16 +31,17 @@ void FileStreamDealloc(FileStream_s **stream);
 int GetInputVersion(FileStream_s *stream);
 
 // A text record, kept as read until the text subsystem takes it over.
+// The defaults are those of a text record that gives nothing but its string.
 struct Text_s {
-    int32_t PositionCoordSys = 0;  // in memory: 0 grid, 1 frame, 6 grid 3D
+    int32_t PositionCoordSys = 1;  // in memory: 0 grid, 1 frame, 6 grid 3D
     int32_t Scope = 0;
     double X = 0, Y = 0, Z = 0;
-    int32_t Font = 0, CharHeightUnits = 0;
-    double Height = 0;
+    int32_t Font = 1, CharHeightUnits = 1;  // HELV-BOLD, frame units
+    double Height = 0.03;                   // fractions of the frame where the units are frame
     int32_t BoxType = 0;
-    double BoxMargin = 0, BoxLineThickness = 0;
-    int32_t BoxOutlineColor = 0, BoxFillColor = 0;
-    double Angle = 0, LineSpacing = 0;
+    double BoxMargin = 0.1, BoxLineThickness = 0.004;
+    int32_t BoxOutlineColor = 0, BoxFillColor = 7;
+    double Angle = 0, LineSpacing = 1;      // radians
     int32_t Anchor = 0, Zone = -1, Color = 0;
     std::string MacroFunctionCommand;
     int32_t Clipping = 0;
@@ -53,9 +54,9 @@ struct Geom_s {
     int32_t Scope = 0, DrawOrder = 0;
     double X = 0, Y = 0, Z = 0;
     int32_t Zone = -1, Color = 0, FillColor = 0, IsFilled = 0, GeomType = 0, LinePattern = 0;
-    double PatternLength = 0, LineThickness = 0;
+    double PatternLength = 0.04, LineThickness = 0.001;  // fractions
     int32_t NumEllipsePts = 72, ArrowheadStyle = 0, ArrowheadAttachment = 0;
-    double ArrowheadSize = 0, ArrowheadAngle = 0;
+    double ArrowheadSize = 0.05, ArrowheadAngle = 20;    // a fraction, degrees
     std::string MacroFunctionCommand;
     int32_t DataType = 2;  // FieldDataType_Float or FieldDataType_Double
     int32_t Clipping = 0;

@@ -54,6 +54,77 @@ std::string quoted(const char *text) {
     return out + "\"";
 }
 
+// Colours 0 to 7 by name, the custom ones as CUSTn.
+std::string colorName(int32_t color) {
+    static const char *const names[] = {"BLACK", "RED", "GREEN", "BLUE", "CYAN", "YELLOW", "PURPLE", "WHITE"};
+    if (color >= 0 && color < 8) return names[color];
+    return "CUST" + std::to_string(color - 7);
+}
+
+const char *coordSysName(int32_t coordSys) { return coordSys == 0 ? "GRID" : coordSys == 6 ? "GRID3D" : "FRAME"; }
+
+constexpr double DegreesPerRadian = 57.29577951308232;
+
+// Text records go back in the converter's units: frame positions, heights, margins and line
+// thickness in percent, angles in degrees.
+void writeTextRecord(FILE *f, const Text_s &t) {
+    static const char *const anchors[] = {"LEFT", "CENTER", "RIGHT", "MIDLEFT", "MIDCENTER", "MIDRIGHT",
+                                          "HEADLEFT", "HEADCENTER", "HEADRIGHT"};
+    static const char *const units[] = {"GRID", "FRAME", "POINT"};
+    static const char *const boxes[] = {"NOBOX", "FILLED", "HOLLOW"};
+    static const char *const fonts[] = {"HELV", "HELV-BOLD", "GREEK", "MATH", "USER-DEF", "TIMES", "TIMES-ITALIC",
+                                        "TIMES-BOLD", "TIMES-ITALIC-BOLD", "COURIER", "COURIER-BOLD"};
+    double position = t.PositionCoordSys == 1 ? 100.0 : 1.0;
+    fprintf(f, "TEXT\nCS=%s X=%.12G Y=%.12G", coordSysName(t.PositionCoordSys), t.X * position, t.Y * position);
+    if (t.PositionCoordSys == 6) fprintf(f, " Z=%.12G", t.Z);
+    fprintf(f, " S=%s AN=%s HU=%s H=%.12G", t.Scope ? "LOCAL" : "GLOBAL", anchors[std::clamp(t.Anchor, 0, 8)],
+            units[std::clamp(t.CharHeightUnits, 0, 2)], t.CharHeightUnits == 1 ? t.Height * 100.0 : t.Height);
+    fprintf(f, " LT=%.12G LS=%.12G A=%.12G", t.BoxLineThickness * 100.0, t.LineSpacing, t.Angle * DegreesPerRadian);
+    if (t.Zone >= 0) fprintf(f, " ZN=%d", t.Zone + 1);
+    fprintf(f, " BX=%s BXF=%s BXO=%s BXM=%.12G", boxes[std::clamp(t.BoxType, 0, 2)], colorName(t.BoxFillColor).c_str(),
+            colorName(t.BoxOutlineColor).c_str(), t.BoxMargin * 100.0);
+    fprintf(f, " F=%s C=%s CLIPPING=%s", fonts[std::clamp(t.Font, 0, 10)], colorName(t.Color).c_str(),
+            t.Clipping ? "CLIPTOFRAME" : "CLIPTOAXES");
+    if (!t.MacroFunctionCommand.empty()) fprintf(f, " MFC=%s", quoted(t.MacroFunctionCommand.c_str()).c_str());
+    fprintf(f, "\nT=%s\n", quoted(t.Text.c_str()).c_str());
+}
+
+// Geometry records likewise; line points go out a point to a line.
+void writeGeomRecord(FILE *f, const Geom_s &g) {
+    static const char *const patterns[] = {"SOLID", "DASHED", "DASHDOT", "DOTTED", "LONGDASH", "DASHDOTDOT"};
+    static const char *const styles[] = {"PLAIN", "FILLED", "HOLLOW"};
+    static const char *const attachments[] = {"NONE", "BEGINNING", "END", "BOTH"};
+    static const char *const types[] = {"LINE", "RECTANGLE", "SQUARE", "CIRCLE", "ELLIPSE"};
+    double scale = g.PositionCoordSys == 1 ? 100.0 : 1.0;
+    fprintf(f, "GEOMETRY\nF=POINT CS=%s X=%.12G Y=%.12G", coordSysName(g.PositionCoordSys), g.X * scale, g.Y * scale);
+    if (g.PositionCoordSys == 6) fprintf(f, " Z=%.12G", g.Z);
+    fprintf(f, " S=%s DRAWORDER=%s", g.Scope ? "LOCAL" : "GLOBAL", g.DrawOrder ? "BEFOREDATA" : "AFTERDATA");
+    if (g.Zone >= 0) fprintf(f, " ZN=%d", g.Zone + 1);
+    fprintf(f, " C=%s", colorName(g.Color).c_str());
+    if (g.IsFilled) fprintf(f, " FC=%s", colorName(g.FillColor).c_str());
+    fprintf(f, " T=%s L=%s PL=%.12G LT=%.12G EP=%d", types[std::clamp(g.GeomType, 0, 4)],
+            patterns[std::clamp(g.LinePattern, 0, 5)], g.PatternLength * 100.0, g.LineThickness * 100.0,
+            g.NumEllipsePts);
+    fprintf(f, " AST=%s AAT=%s ASZ=%.12G AAN=%.12G DT=%s CLIPPING=%s", styles[std::clamp(g.ArrowheadStyle, 0, 2)],
+            attachments[std::clamp(g.ArrowheadAttachment, 0, 3)], g.ArrowheadSize * 100.0, g.ArrowheadAngle,
+            g.DataType == FieldDataType_Double ? "DOUBLE" : "SINGLE", g.Clipping ? "CLIPTOFRAME" : "CLIPTOAXES");
+    if (!g.MacroFunctionCommand.empty()) fprintf(f, " MFC=%s", quoted(g.MacroFunctionCommand.c_str()).c_str());
+    fputc('\n', f);
+    if (g.GeomType != 0) {
+        for (double size : g.Sizes) fprintf(f, "%.12G\n", size * scale);
+        return;
+    }
+    fprintf(f, "%d\n", int(g.SegmentX.size()));
+    for (size_t s = 0; s < g.SegmentX.size(); s++) {
+        fprintf(f, "%d\n", int(g.SegmentX[s].size()));
+        for (size_t p = 0; p < g.SegmentX[s].size(); p++) {
+            fprintf(f, "%.12G %.12G", g.SegmentX[s][p] * scale, g.SegmentY[s][p] * scale);
+            if (g.PositionCoordSys == 6) fprintf(f, " %.12G", g.SegmentZ[s][p]);
+            fputc('\n', f);
+        }
+    }
+}
+
 // "[1,3,4]": one-based members.
 std::string setText(const std::vector<int> &members) {
     std::string out = "[";
@@ -108,7 +179,8 @@ void writeBlock(ValueWriter &out, const ZoneSpec_s *spec, FieldData_a fieldData)
 
 }  // namespace
 
-bool WriteTextDataSet(DataSet_s *dataSet, const char *fileName, const WriteDataSetOptions_s &options) {
+bool WriteTextDataSet(DataSet_s *dataSet, const DataFileExtras_s *extras, const char *fileName,
+                      const WriteDataSetOptions_s &options) {
     if (options.Precision < 1 || options.Precision > 50) {
         ErrMsg("Invalid ASCII precision value in data set write");
         return false;
@@ -155,6 +227,10 @@ bool WriteTextDataSet(DataSet_s *dataSet, const char *fileName, const WriteDataS
         fprintf(f, "TITLE     = %s\n", quoted(dataSet->DataSetTitle).c_str());
     fprintf(f, "VARIABLES = ");
     for (size_t n = 0; n < vars.size(); n++) fprintf(f, "%s\n", quoted(GetVarName(dataSet, vars[n])).c_str());
+    if (extras != nullptr && options.IncludeText)
+        for (const Text_s &text : extras->Texts) writeTextRecord(f, text);
+    if (extras != nullptr && options.IncludeGeom)
+        for (const Geom_s &geom : extras->Geoms) writeGeomRecord(f, geom);
     for (int16_t s = 0; options.IncludeCustomLabels && s < dataSet->NumCustomLabelSets; s++) {
         fprintf(f, "CUSTOMLABELS\n");
         for (LgIndex_t n = 0; n < StringListCount(dataSet->CustomLabels[s]); n++)

@@ -6,4 +6,5 @@
 
 // The text branch of GoWriteDataSet. Like the binary writer it writes beside the target and renames
 // over it only when the file is complete.
-bool WriteTextDataSet(DataSet_s *dataSet, const char *fileName, const WriteDataSetOptions_s &options);
+bool WriteTextDataSet(DataSet_s *dataSet, const DataFileExtras_s *extras, const char *fileName,
+                      const WriteDataSetOptions_s &options);

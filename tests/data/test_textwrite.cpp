@@ -28,7 +28,7 @@ TEST_F(DataSetTest, TextWriterBlockAndPointLayouts) {
     options.Binary = false;
     options.Precision = 6;
     std::string path = tempDir + "/out.dat";
-    ASSERT_TRUE(WriteTextDataSet(dataSet(), path.c_str(), options));
+    ASSERT_TRUE(WriteTextDataSet(dataSet(), nullptr, path.c_str(), options));
     EXPECT_EQ(fileText(path), "TITLE     = \"T \\\"q\\\"\"\n"
                               "VARIABLES = \"V1\"\n\"V2\"\n"
                               "ZONE T=\"Zone 1\"\n"
@@ -39,7 +39,7 @@ TEST_F(DataSetTest, TextWriterBlockAndPointLayouts) {
                               "1 2.5\n"
                               "-3 4E-07\n");
     options.UsePointFormat = true;
-    ASSERT_TRUE(WriteTextDataSet(dataSet(), path.c_str(), options));
+    ASSERT_TRUE(WriteTextDataSet(dataSet(), nullptr, path.c_str(), options));
     std::string point = fileText(path);
     EXPECT_NE(point.find(" DATAPACKING=POINT\n DT=(SINGLE SINGLE )\n1 -3\n2.5 4E-07\n"), std::string::npos) << point;
 }
@@ -71,7 +71,7 @@ TEST_F(DataSetTest, TextWriterLinesCellCentredValuesAndConnectivity) {
     options.Binary = false;
     options.Precision = 12;  // 80 / 17 = 4 values a line
     std::string path = tempDir + "/lines.dat";
-    ASSERT_TRUE(WriteTextDataSet(dataSet(), path.c_str(), options));
+    ASSERT_TRUE(WriteTextDataSet(dataSet(), nullptr, path.c_str(), options));
     std::string text = fileText(path);
     EXPECT_NE(text.find(" STRANDID=5, SOLUTIONTIME=0.125\n I=3, J=2, K=1, ZONETYPE=Ordered\n"), std::string::npos)
         << text;
@@ -79,10 +79,10 @@ TEST_F(DataSetTest, TextWriterLinesCellCentredValuesAndConnectivity) {
     EXPECT_NE(text.find(" N=3, E=1, ZONETYPE=FETriangle\n"), std::string::npos) << text;
     EXPECT_NE(text.find("0.333333333333 2 3\n3 2 1\n"), std::string::npos) << text;
     options.UsePointFormat = true;
-    std::string err = messagesOf([&] { EXPECT_FALSE(WriteTextDataSet(dataSet(), path.c_str(), options)); });
+    std::string err = messagesOf([&] { EXPECT_FALSE(WriteTextDataSet(dataSet(), nullptr, path.c_str(), options)); });
     EXPECT_TRUE(HoldsMessage(err, "Err: Cell centered variables may only be output in block format.")) << err;
     options.Precision = 51;
-    err = messagesOf([&] { EXPECT_FALSE(WriteTextDataSet(dataSet(), path.c_str(), options)); });
+    err = messagesOf([&] { EXPECT_FALSE(WriteTextDataSet(dataSet(), nullptr, path.c_str(), options)); });
     EXPECT_TRUE(HoldsMessage(err, "Err: Invalid ASCII precision value in data set write")) << err;
 }
 
@@ -122,7 +122,7 @@ TEST_F(DataSetTest, TextToBinaryToTextToBinaryKeepsTheData) {
     WriteDataSetOptions_s options;
     options.Binary = false;
     std::string again = tempDir + "/again.dat";
-    ASSERT_TRUE(WriteTextDataSet(first, again.c_str(), options));
+    ASSERT_TRUE(WriteTextDataSet(first, nullptr, again.c_str(), options));
     DataSet_s *second = convertAndRead(again, tempDir + "/again.plt", &err);
     ASSERT_NE(second, nullptr) << err;
     ASSERT_EQ(second->NumZones, 3);
@@ -150,6 +150,83 @@ TEST_F(DataSetTest, TextToBinaryToTextToBinaryKeepsTheData) {
     EXPECT_EQ(GetFieldValue(GetReadableNativeFieldDataPtr(second, 2, 1), 3), -4.0);
     DeallocDataSet(&first);
     DeallocDataSet(&second);
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(DataSetTest, TextAndGeometryRecordsRoundTripThroughText) {
+    makeDataSet(1, 1, 2, 1, 1);
+    DataFileExtras_s out;
+    Text_s text;
+    text.PositionCoordSys = 1;
+    text.X = 0.25;
+    text.Y = 0.5;
+    text.CharHeightUnits = 1;
+    text.Height = 0.04;
+    text.Angle = 0.5;
+    text.Anchor = 4;
+    text.BoxType = 2;
+    text.BoxFillColor = 9;
+    text.Color = 3;
+    text.Font = 7;
+    text.Text = "say \"hi\"";
+    out.Texts.push_back(text);
+    Geom_s line;
+    line.PositionCoordSys = 0;
+    line.X = 1.5;
+    line.Color = 2;
+    line.DataType = FieldDataType_Double;
+    line.SegmentX = {{0, 1, 2}, {5}};
+    line.SegmentY = {{3, 4, 5}, {6}};
+    out.Geoms.push_back(line);
+    Geom_s box;
+    box.PositionCoordSys = 1;
+    box.X = 0.1;
+    box.Y = 0.2;
+    box.GeomType = 1;
+    box.IsFilled = 1;
+    box.FillColor = 5;
+    box.Sizes = {0.3, 0.4};
+    out.Geoms.push_back(box);
+    WriteDataSetOptions_s options;
+    options.Binary = false;
+    std::string path = tempDir + "/records.dat", binary = tempDir + "/records.plt";
+    ASSERT_TRUE(WriteTextDataSet(dataSet(), &out, path.c_str(), options));
+    char *errorText = nullptr;
+    bool converted = FenrowAsciiDatafile(path.c_str(), binary.c_str(), &errorText);
+    std::string message = errorText != nullptr ? errorText : "";
+    newfree(errorText);
+    ASSERT_TRUE(converted) << message;
+    DataSet_s *back = nullptr;
+    DataFileExtras_s in;
+    ASSERT_TRUE(ReadBinaryDataFile(binary.c_str(), &back, &in));
+    DeallocDataSet(&back);
+    ASSERT_EQ(in.Texts.size(), 1u);
+    const Text_s &t = in.Texts[0];
+    EXPECT_EQ(t.PositionCoordSys, 1);
+    EXPECT_DOUBLE_EQ(t.X, 0.25);
+    EXPECT_DOUBLE_EQ(t.Height, 0.04);
+    EXPECT_NEAR(t.Angle, 0.5, 1e-12);
+    EXPECT_EQ(t.Anchor, 4);
+    EXPECT_EQ(t.BoxType, 2);
+    EXPECT_EQ(t.BoxFillColor, 9);
+    EXPECT_EQ(t.Color, 3);
+    EXPECT_EQ(t.Font, 7);
+    EXPECT_EQ(t.Text, "say \"hi\"");
+    ASSERT_EQ(in.Geoms.size(), 2u);
+    EXPECT_EQ(in.Geoms[0].SegmentX.size(), 2u);
+    EXPECT_EQ(in.Geoms[0].SegmentY[0][2], 5.0);
+    EXPECT_EQ(in.Geoms[0].SegmentX[1][0], 5.0);
+    EXPECT_EQ(in.Geoms[0].X, 1.5);
+    EXPECT_EQ(in.Geoms[0].Color, 2);
+    EXPECT_EQ(in.Geoms[1].GeomType, 1);
+    EXPECT_EQ(in.Geoms[1].FillColor, 5);
+    EXPECT_TRUE(in.Geoms[1].IsFilled);
+    ASSERT_EQ(in.Geoms[1].Sizes.size(), 2u);
+    EXPECT_NEAR(in.Geoms[1].Sizes[1], 0.4, 1e-7);  // single precision in the file
+    EXPECT_NEAR(in.Geoms[1].Y, 0.2, 1e-12);
 }
 
 }  // namespace
