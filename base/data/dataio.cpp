@@ -903,21 +903,22 @@ struct Writer {
         for (unsigned char c : value) i32(int32_t(c));
         i32(0);
     }
+    // Retained items, each behind its record marker (or, inside a zone record, the flag 1).
     void auxItems(const AuxData_s *aux, float marker, int32_t var) {
-        for (LgIndex_t n = 0; aux != nullptr && n < AuxDataGetNumItems(aux); n++) {
-            const char *name;
-            ArbParam_t value;
-            AuxDataType_e type;
-            bool retain;
-            AuxDataGetItemByIndex(aux, n, &name, &value, &type, &retain);
-            if (!retain) continue;
-            if (marker != 0.0f) f32(marker);
-            else i32(1);
-            if (var >= 0) i32(var);
-            text(name);
-            i32(0);
-            text(reinterpret_cast<const char *>(value));
-        }
+        struct Context {
+            Writer *writer;
+            float marker;
+            int32_t var;
+        } context{this, marker, var};
+        AuxDataVisitRetainedItems(aux, [](const char *name, const char *value, void *clientData) {
+            auto *c = static_cast<Context *>(clientData);
+            if (c->marker != 0.0f) c->writer->f32(c->marker);
+            else c->writer->i32(1);
+            if (c->var >= 0) c->writer->i32(c->var);
+            c->writer->text(name);
+            c->writer->i32(0);
+            c->writer->text(value);
+        }, &context);
     }
 };
 

@@ -151,14 +151,14 @@ class ValueWriter {
 };
 
 void writeAux(FILE *file, const AuxData_s *aux, const char *prefix) {
-    for (LgIndex_t n = 0; aux != nullptr && n < AuxDataGetNumItems(aux); n++) {
-        const char *name;
-        ArbParam_t value;
-        AuxDataType_e type;
-        bool retain;
-        AuxDataGetItemByIndex(aux, n, &name, &value, &type, &retain);
-        if (retain) fprintf(file, "%s%s=%s\n", prefix, name, quoted(reinterpret_cast<const char *>(value)).c_str());
-    }
+    struct Context {
+        FILE *file;
+        const char *prefix;
+    } context{file, prefix};
+    AuxDataVisitRetainedItems(aux, [](const char *name, const char *value, void *clientData) {
+        auto *c = static_cast<Context *>(clientData);
+        fprintf(c->file, "%s%s=%s\n", c->prefix, name, quoted(value).c_str());
+    }, &context);
 }
 
 // The values of a variable that the file holds: ordered cell-centred ones skip the ghost slots.

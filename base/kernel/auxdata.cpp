@@ -226,3 +226,15 @@ bool AuxDataIsValidName(const char *name) {
     }
     return true;
 }
+
+void AuxDataVisitRetainedItems(const AuxData_s *auxData, void (*visit)(const char *name, const char *value, void *clientData),
+                               void *clientData) {
+    for (LgIndex_t n = 0; auxData != nullptr && n < AuxDataGetNumItems(auxData); n++) {
+        const char *name;
+        ArbParam_t value;
+        AuxDataType_e type;
+        bool retain;
+        AuxDataGetItemByIndex(auxData, n, &name, &value, &type, &retain);
+        if (retain) visit(name, reinterpret_cast<const char *>(value), clientData);
+    }
+}

@@ -39,3 +39,8 @@ bool AuxDataAppendItems(AuxData_s *target, const AuxData_s *source);
 bool AuxDataItemDestructor(void *itemRef, ArbParam_t clientData);
 bool AuxDataIsValidName(const char *name);
 bool AuxDataIsValidNameChar(char c, bool isLeadChar);
+
+// Calls visit with the name and string value of each item whose Retain flag is set, in order:
+// the items that go into saved files.
+void AuxDataVisitRetainedItems(const AuxData_s *auxData, void (*visit)(const char *name, const char *value, void *clientData),
+                               void *clientData);
