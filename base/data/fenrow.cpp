@@ -2,7 +2,7 @@
 // header (written behind the preamble once the variables are known), and each zone's values go
 // straight to a scratch file as the zone's data record; at the end the output gets the preamble,
 // the header records, the end-of-header marker and the scratch file's bytes.
-// Relies on: alloc, tempdir, auxdata (valid names), nodemap (nodes per element).
+// Relies on: alloc, tempdir, auxdata (valid names), nodemap (nodes per element), plot3d (-plot3d input).
 #include "base/data/fenrow.h"
 
 #include <algorithm>
@@ -18,6 +18,7 @@
 #include "base/data/dataset.h"
 #include "base/data/fielddata.h"
 #include "base/data/nodemap.h"
+#include "base/data/plot3d.h"
 #include "base/data/zonespec.h"
 #include "base/kernel/alloc.h"
 #include "base/kernel/auxdata.h"
@@ -1994,9 +1995,9 @@ bool Fenrow(int argc, char **argv, char **errorText) {
         *errorText = newString("Err: " + message);
         return false;
     };
-    static const char *const plot3dOptions[] = {"-plot3d", "-m", "-foreign", "-i", "-b", "-f", "-collapseijk",
-                                                "-unstructured", "-1d", "-2d", "-3dw", "-3dp", "-gridonly",
-                                                "-function", "-functionandq", "-ip", "-jp", "-kp"};
+    // The PLOT3D options only matter with -plot3d; they are taken quietly otherwise.
+    Plot3dOptions p3;
+    bool plot3d = false;
     for (int a = 1; a < argc; a++) {
         const char *arg = argv[a];
         if (arg[0] == '-' && strlen(arg) >= 2) {
@@ -2014,9 +2015,38 @@ bool Fenrow(int argc, char **argv, char **errorText) {
                 c.opt.stopAfterLastZone = true;
             } else if (flag == "-foreignplt") {
                 c.opt.foreign = true;
-            } else if (std::find_if(std::begin(plot3dOptions), std::end(plot3dOptions),
-                                    [&](const char *o) { return flag == o; }) != std::end(plot3dOptions)) {
-                return plainError("PLOT3D input (" + flag + ") cannot be converted by this version of the converter.");
+            } else if (flag == "-plot3d") {
+                plot3d = true;
+            } else if (flag == "-ip" || flag == "-jp" || flag == "-kp") {
+                int d = flag[1] - 'i';
+                if (a + 1 >= argc || !Plot3dParsePlaneList(argv[a + 1], &p3.planes[d]))
+                    return plainError("Bad " + flag + " list");
+                p3.planesGiven[d] = true;
+                a++;
+            } else if (flag == "-m") {
+                p3.multiGrid = true;
+            } else if (flag == "-foreign") {
+                p3.foreign = true;
+            } else if (flag == "-i") {
+                p3.iBlank = true;
+            } else if (flag == "-b") {
+                p3.binary = true;
+            } else if (flag == "-f") {
+                p3.fortran = p3.binary = true;
+            } else if (flag == "-collapseijk") {
+                p3.collapse = true;
+            } else if (flag == "-unstructured" || flag == "-1d" || flag == "-2d" || flag == "-3dw" || flag == "-3dp") {
+                p3.mode = flag == "-unstructured" ? Plot3dMode_Unstructured
+                          : flag == "-1d"         ? Plot3dMode_1D
+                          : flag == "-2d"         ? Plot3dMode_2D
+                          : flag == "-3dw"        ? Plot3dMode_3DWhole
+                                                  : Plot3dMode_3DPlanes;
+            } else if (flag == "-gridonly") {
+                p3.files = Plot3dFiles_GridOnly;
+            } else if (flag == "-function") {
+                p3.files = Plot3dFiles_GridAndFunction;
+            } else if (flag == "-functionandq") {
+                p3.files = Plot3dFiles_GridFunctionAndQ;
             } else {
                 return plainError("invalid flag");
             }
@@ -2037,6 +2067,12 @@ bool Fenrow(int argc, char **argv, char **errorText) {
         name += ".plt";
         if (name.size() >= 4096) return plainError("Input filename too long to generate .plt extension");
         c.opt.output = name;
+    }
+    if (plot3d) {
+        // The input name is the stem of the grid, solution and function files.
+        std::string message;
+        if (!Plot3dConvert(p3, c.opt.input, c.opt.output, c.opt.foreign, &message)) return plainError(message);
+        return true;
     }
     FileGuard input, output, scratch;
     if (c.opt.input == "-") {

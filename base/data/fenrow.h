@@ -5,8 +5,9 @@
 #pragma once
 
 // Converts with an argument vector of its own: argv[0] is the program name, then options, the
-// input name ("-" for standard input) and an optional output name. True on success; on failure
-// *errorText is a newmalloc'd message and neither the output nor the scratch file is left.
+// input name ("-" for standard input) and an optional output name. With -plot3d the input name is
+// the stem of PLOT3D grid, solution and function files (stem + "g", "q", "f"), read by plot3d.
+// True on success; on failure *errorText is a newmalloc'd message and neither the output nor the scratch file is left.
 bool Fenrow(int argc, char **argv, char **errorText);
 
 // The data load's converter: creates or empties the output, then converts inputName into it.

@@ -18,7 +18,8 @@ bool namesInput(int argc, char **argv) {
         const char *arg = argv[a];
         if (arg[0] == '-' && strlen(arg) >= 2) {
             if (strcasecmp(arg, "-iset") == 0 || strcasecmp(arg, "-jset") == 0 || strcasecmp(arg, "-kset") == 0 ||
-                strcasecmp(arg, "-zonelist") == 0)
+                strcasecmp(arg, "-zonelist") == 0 || strcasecmp(arg, "-ip") == 0 || strcasecmp(arg, "-jp") == 0 ||
+                strcasecmp(arg, "-kp") == 0)
                 a++;
             continue;
         }
