@@ -1932,28 +1932,12 @@ std::string lowered(const char *text) {
 
 // "1-3,5" or "[1-3,5]": one-based members.
 bool parseZoneList(const char *text, Options *opt) {
-    std::string list = text;
-    if (!list.empty() && list.front() == '[') list.erase(0, 1);
-    if (!list.empty() && list.back() == ']') list.pop_back();
-    if (list.empty()) return false;
-    size_t start = 0;
-    while (start <= list.size()) {
-        size_t comma = list.find(',', start);
-        std::string item = list.substr(start, comma == std::string::npos ? std::string::npos : comma - start);
-        char *end = nullptr;
-        long first = strtol(item.c_str(), &end, 10), last = first;
-        if (end == item.c_str()) return false;
-        if (*end == '-') {
-            const char *second = end + 1;
-            last = strtol(second, &end, 10);
-            if (end == second) return false;
-        }
-        if (*end != '\0' || first < 1 || last < first || last > MaxFenrowZones) return false;
+    std::vector<std::pair<long, long>> ranges;
+    if (!FenrowParseRangeList(text, MaxFenrowZones, &ranges)) return false;
+    for (const auto &[first, last] : ranges) {
         if (opt->zoneList.size() < size_t(last)) opt->zoneList.resize(size_t(last), false);
         for (long z = first; z <= last; z++) opt->zoneList[size_t(z - 1)] = true;
         opt->lastListedZone = std::max(opt->lastListedZone, int(last - 1));
-        if (comma == std::string::npos) break;
-        start = comma + 1;
     }
     opt->haveZoneList = true;
     return true;
@@ -2173,4 +2157,28 @@ bool FenrowAsciiDatafile(const char *inputName, const char *outputName, char **e
         *errorText = newString("Internal Error, Empty fenrow error string");
     }
     return ok;
+}
+
+bool FenrowParseRangeList(const char *text, long maxValue, std::vector<std::pair<long, long>> *ranges) {
+    std::string list = text;
+    if (!list.empty() && list.front() == '[') list.erase(0, 1);
+    if (!list.empty() && list.back() == ']') list.pop_back();
+    if (list.empty()) return false;
+    size_t start = 0;
+    for (;;) {
+        size_t comma = list.find(',', start);
+        std::string item = list.substr(start, comma == std::string::npos ? std::string::npos : comma - start);
+        char *end = nullptr;
+        long first = strtol(item.c_str(), &end, 10), last = first;
+        if (end == item.c_str()) return false;
+        if (*end == '-') {
+            const char *second = end + 1;
+            last = strtol(second, &end, 10);
+            if (end == second) return false;
+        }
+        if (*end != '\0' || first < 1 || last < first || last > maxValue) return false;
+        ranges->emplace_back(first, last);
+        if (comma == std::string::npos) return true;
+        start = comma + 1;
+    }
 }

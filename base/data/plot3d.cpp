@@ -370,27 +370,11 @@ bool readUnstructured(const Plot3dOptions &options, Input &grid, std::vector<std
 }  // namespace
 
 bool Plot3dParsePlaneList(const char *text, std::vector<int> *planes) {
-    std::string list = text;
-    if (!list.empty() && list.front() == '[') list.erase(0, 1);
-    if (!list.empty() && list.back() == ']') list.pop_back();
-    if (list.empty()) return false;
-    size_t start = 0;
-    for (;;) {
-        size_t comma = list.find(',', start);
-        std::string item = list.substr(start, comma == std::string::npos ? std::string::npos : comma - start);
-        char *end = nullptr;
-        long first = strtol(item.c_str(), &end, 10), last = first;
-        if (end == item.c_str()) return false;
-        if (*end == '-') {
-            const char *second = end + 1;
-            last = strtol(second, &end, 10);
-            if (end == second) return false;
-        }
-        if (*end != '\0' || first < 1 || last < first || last > MaxPoints) return false;
+    std::vector<std::pair<long, long>> ranges;
+    if (!FenrowParseRangeList(text, MaxPoints, &ranges)) return false;
+    for (const auto &[first, last] : ranges)
         for (long p = first; p <= last; p++) planes->push_back(int(p));
-        if (comma == std::string::npos) return true;
-        start = comma + 1;
-    }
+    return true;
 }
 
 bool Plot3dConvert(const Plot3dOptions &options, const std::string &stem, const std::string &outputName,
