@@ -17,6 +17,8 @@
 #include <cstring>
 #include <unistd.h>
 
+#include "base/data/fenrow.h"
+
 namespace {
 
 constexpr float ZoneMarker = 299.0f, EndOfHeaderMarker = 357.0f;
