@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "base/data/datautil.h"
+#include "base/data/face.h"
 #include "base/kernel/auxdata.h"
 #include "base/kernel/errors.h"
 #include "base/kernel/strlist.h"
@@ -122,6 +123,30 @@ void writeGeomRecord(FILE *f, const Geom_s &g) {
             if (g.PositionCoordSys == 6) fprintf(f, " %.12G", g.SegmentZ[s][p]);
             fputc('\n', f);
         }
+    }
+}
+
+// User-defined face neighbours as tuples of the zone's mode, one a line, all one-based: element 0
+// is a boundary and zone 0 the zone itself.
+void writeFaceNeighborTuples(FILE *f, const FaceNeighbor_s *faceNeighbor, const std::vector<int> &fileZoneOf,
+                             EntIndex_t zone) {
+    const FaceNeighborUserDef_s *user = faceNeighbor->UserDef;
+    bool global = faceNeighbor->Mode == FaceNeighborMode_GlobalOneToOne || faceNeighbor->Mode == FaceNeighborMode_GlobalOneToMany;
+    bool many = faceNeighbor->Mode == FaceNeighborMode_LocalOneToMany || faceNeighbor->Mode == FaceNeighborMode_GlobalOneToMany;
+    LgIndex_t numFaces = faceNeighbor->NumElements * faceNeighbor->FacesPerElement;
+    for (LgIndex_t face = 0; face < numFaces; face++) {
+        LgIndex_t first = user->Offsets[face], count = user->Offsets[face + 1] - first;
+        if (count == 0) continue;
+        fprintf(f, "%d %d", face / faceNeighbor->FacesPerElement + 1, face % faceNeighbor->FacesPerElement + 1);
+        if (many) fprintf(f, " %d %d", user->ObscuringFaces == nullptr || InSet(user->ObscuringFaces, face) ? 1 : 0, count);
+        for (LgIndex_t n = first; n < first + count; n++) {
+            if (global) {
+                EntIndex_t neighborZone = user->Zones != nullptr ? user->Zones[n] : -1;
+                fprintf(f, " %d", neighborZone < 0 || neighborZone == zone ? 0 : fileZoneOf[size_t(neighborZone)]);
+            }
+            fprintf(f, " %d", user->Elements[n] + 1);
+        }
+        fputc('\n', f);
     }
 }
 
@@ -279,6 +304,15 @@ bool WriteTextDataSet(DataSet_s *dataSet, const DataFileExtras_s *extras, const 
                     }
         }
         if (!cellCentered.empty()) fprintf(f, " VARLOCATION=(%s=CELLCENTERED)\n", setText(cellCentered).c_str());
+        const FaceNeighbor_s *faceNeighbor = zoneData->FN;
+        LgIndex_t userNeighbors =
+            faceNeighbor != nullptr && faceNeighbor->UserDef != nullptr ? faceNeighbor->UserDef->NumNeighbors : 0;
+        if (userNeighbors > 0) {
+            static const char *const modes[] = {"LOCALONETOONE", "LOCALONETOMANY", "GLOBALONETOONE", "GLOBALONETOMANY"};
+            fprintf(f, " FACENEIGHBORCONNECTIONS=%d\n FACENEIGHBORMODE=%s\n", userNeighbors,
+                    modes[std::clamp(int(faceNeighbor->Mode), 0, 3)]);
+            if (ZoneTypeIsFE(spec->Type) && !spec->AutoAssignFN) fprintf(f, " FEFACENEIGHBORSCOMPLETE=YES\n");
+        }
         writeAux(f, spec->AuxData, " AUXDATA ");
         fprintf(f, " DT=(");
         for (FieldData_a value : values) {
@@ -336,6 +370,7 @@ bool WriteTextDataSet(DataSet_s *dataSet, const DataFileExtras_s *extras, const 
                 fputc('\n', f);
             }
         }
+        if (userNeighbors > 0 && connectivityShare == 0) writeFaceNeighborTuples(f, faceNeighbor, fileZoneOf, zone);
     }
     ok = ok && fflush(f) == 0 && ferror(f) == 0;
     file.reset();

@@ -4,6 +4,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "base/data/face.h"
 #include "base/data/fenrow.h"
 #include "base/data/share.h"
 #include "base/data/textwrite.h"
@@ -227,6 +228,55 @@ TEST_F(DataSetTest, TextAndGeometryRecordsRoundTripThroughText) {
     ASSERT_EQ(in.Geoms[1].Sizes.size(), 2u);
     EXPECT_NEAR(in.Geoms[1].Sizes[1], 0.4, 1e-7);  // single precision in the file
     EXPECT_NEAR(in.Geoms[1].Y, 0.2, 1e-12);
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(DataSetTest, UserFaceNeighboursRoundTripThroughText) {
+    FaceNeighborInstallHooks();
+    makeDataSet(1, 0);
+    for (EntIndex_t zone = 0; zone < 2; zone++) {
+        ZoneSpec_s fe;
+        fe.Type = ZoneType_FETriangle;
+        fe.NumPtsI = 4;
+        fe.NumPtsJ = 2;
+        fe.NumPtsK = 3;
+        ValueLocation_e nodal = ValueLocation_Nodal;
+        ASSERT_TRUE(AddZone(&fe, nullptr, &nodal, zone, nullptr, nullptr, -1, false));
+        const LgIndex_t nodes[6] = {0, 1, 2, 2, 1, 3};
+        for (int n = 0; n < 6; n++) NodeMapSetNode(GetZoneData(dataSet(), zone)->NodeMap, n / 3, n % 3, nodes[n]);
+    }
+    GetZoneSpec(dataSet(), 1)->FNMode = FaceNeighborMode_GlobalOneToOne;
+    GetZoneData(dataSet(), 1)->FN->Mode = FaceNeighborMode_GlobalOneToOne;
+    FaceNeighborAssignContext_s *context = FaceNeighborUserDefBeginAssign(dataSet(), 1);
+    ASSERT_NE(context, nullptr);
+    LgIndex_t element = 1;
+    EntIndex_t zone = 0;
+    ASSERT_TRUE(FaceNeighborUserDefAssign(context, 0, 2, true, 1, &element, &zone));
+    ASSERT_TRUE(FaceNeighborUserDefEndAssign(&context));
+    WriteDataSetOptions_s options;
+    options.Binary = false;
+    std::string path = tempDir + "/fn.dat", binary = tempDir + "/fn.plt";
+    ASSERT_TRUE(WriteTextDataSet(dataSet(), nullptr, path.c_str(), options));
+    char *errorText = nullptr;
+    bool converted = FenrowAsciiDatafile(path.c_str(), binary.c_str(), &errorText);
+    std::string message = errorText != nullptr ? errorText : "";
+    newfree(errorText);
+    ASSERT_TRUE(converted) << message;
+    DataSet_s *back = nullptr;
+    ASSERT_TRUE(ReadBinaryDataFile(binary.c_str(), &back, nullptr));
+    FaceNeighbor_a faceNeighbor = GetZoneData(back, 1)->FN;
+    bool isUserDefined = false;
+    ASSERT_EQ(FaceNeighborGetNumNeighbors(faceNeighbor, 0, 2, &isUserDefined), 1);
+    EXPECT_TRUE(isUserDefined);
+    LgIndex_t neighbor;
+    EntIndex_t neighborZone;
+    FaceNeighborGetNeighbor(faceNeighbor, 0, 2, 0, &neighbor, &neighborZone);
+    EXPECT_EQ(neighbor, 1);
+    EXPECT_EQ(neighborZone, 0);
+    DeallocDataSet(&back);
 }
 
 }  // namespace
