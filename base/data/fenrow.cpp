@@ -290,6 +290,27 @@ bool Lexer::failAt(const char *message, int lineNumber, int col) {
 }
 
 bool Lexer::lexNumber(Token &t) {
+    // The plain decimal of most data files ends at a separator and has nothing the general scan
+    // below must rewrite (no repeat, no sequence, no exponent without its letter): read it in place.
+    {
+        const char *begin = line.data() + pos, *end = line.data() + line.size(), *q = begin;
+        if (q < end && (*q == '-' || *q == '+')) q++;
+        while (q < end && ((*q >= '0' && *q <= '9') || *q == '.')) q++;
+        if (q < end && (*q == 'e' || *q == 'E')) {
+            q++;
+            if (q < end && (*q == '-' || *q == '+')) q++;
+            while (q < end && *q >= '0' && *q <= '9') q++;
+        }
+        bool ends = q == end || *q == ' ' || *q == '\t' || *q == ',';
+        double value;
+        if (ends && fastDecimal(*begin == '+' ? begin + 1 : begin, q, &value)) {
+            pos += size_t(q - begin);
+            t.kind = Tok_Number;
+            t.value = value;
+            t.repeat = 1;
+            return true;
+        }
+    }
     char digitsOnly[48];
     char nb[48];
     int n = 0;
