@@ -227,9 +227,12 @@ bool StartUp(int, char **) {
 }
 
 void RunOrvanex() {
-    // The window and its event loop are not part of this build; UIInitialize refuses an
-    // interactive start, so there are no events to wait for.
-    while (!OrvanexIsQuitting) InitiateShutdown(true);
+    // Events come from the window layer, which is not built yet (UIInitialize refuses an
+    // interactive start): run the deferred work once and end the run.
+    while (!OrvanexIsQuitting) {
+        ProcessIdleEvents();
+        Action_Quit(true);
+    }
 }
 
 void InitiateShutdown(bool isOk) {
