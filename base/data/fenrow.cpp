@@ -653,6 +653,28 @@ struct Converter {
         *out = tok.value;
         return advance();
     }
+    // KEY=NAME, one of names; any other value is "Bad Value".
+    bool choiceValue(const char *missingEquals, const char *const *names, int count, int *out) {
+        if (!expectEquals(missingEquals)) return false;
+        int n = tok.kind == Tok_Word ? lookup(tok.text, names, count) : -1;
+        if (n < 0) return failTok("Bad Value");
+        *out = n;
+        return advance();
+    }
+    // KEY=number from low to high.
+    bool rangedValue(double low, double high, double *out) {
+        if (!expectEquals("Missing an Equals sign")) return false;
+        if (tok.kind == Tok_Number && (tok.value < low || tok.value > high)) return failTok("Value out of Range");
+        return doubleValue(out);
+    }
+    // The anchor of a text or geometry: X, Y, Z, or R and THETA in their places, never both kinds.
+    bool anchorValue(const std::string &key, bool *cartesian, bool *polar, double *x, double *y, double *z) {
+        bool isPolar = key == "R" || key == "THETA";
+        if ((isPolar && *cartesian) || (!isPolar && *polar)) return failTok("Cannot mix X,Y, and Z with R and THETA.");
+        (isPolar ? *polar : *cartesian) = true;
+        double *target = key == "X" || key == "R" ? x : key == "Y" || key == "THETA" ? y : z;
+        return rangedValue(-1.0e150, 1.0e150, target);
+    }
     bool wordValue(std::string *out, const char *message) {
         if (tok.kind != Tok_Word && tok.kind != Tok_String) return failTok(message);
         *out = tok.text;
@@ -1605,18 +1627,6 @@ bool Converter::parseText() {
     double x = 0, y = 0, zValue = 0, lineThickness = 0.4, lineSpacing = 1, angle = 0, margin = 10, height = 3;
     std::string text, macro;
     if (!advance()) return false;
-    auto choice = [&](const char *const *names, int count, int *out) {
-        if (!expectEquals("Missing an Equals sign")) return false;
-        int n = tok.kind == Tok_Word ? lookup(tok.text, names, count) : -1;
-        if (n < 0) return failTok("Bad Value");
-        *out = n;
-        return advance();
-    };
-    auto ranged = [&](double low, double high, double *out) {
-        if (!expectEquals("Missing an Equals sign")) return false;
-        if (tok.kind == Tok_Number && (tok.value < low || tok.value > high)) return failTok("Value out of Range");
-        return doubleValue(out);
-    };
     while (tok.kind == Tok_Word) {
         std::string key = tok.text;
         for (char &c : key) c = char(toupper((unsigned char)c));
@@ -1625,47 +1635,43 @@ bool Converter::parseText() {
             ok = expectEquals("Missing an Equals sign") &&
                  wordValue(key == "T" ? &text : &macro, "Missing or Invalid character string");
         } else if (key == "X" || key == "Y" || key == "Z" || key == "R" || key == "THETA") {
-            bool isPolar = key == "R" || key == "THETA";
-            if ((isPolar && cartesian) || (!isPolar && polar)) return failTok("Cannot mix X,Y, and Z with R and THETA.");
-            (isPolar ? polar : cartesian) = true;
-            double *target = key == "X" || key == "R" ? &x : key == "Y" || key == "THETA" ? &y : &zValue;
-            ok = ranged(-1.0e150, 1.0e150, target);
+            ok = anchorValue(key, &cartesian, &polar, &x, &y, &zValue);
         } else if (key == "CS" || key == "M") {
             int n = 0;
-            ok = choice(coordSysNames, 5, &n);
+            ok = choiceValue("Missing an Equals sign", coordSysNames, 5, &n);
             coordSys = coordSysCodes[n];
             window = n == 2;
             if (key == "M" && coordSys == 0 && !unitsGiven) units = 0;
         } else if (key == "S") {
-            ok = choice(scopeNames, 2, &scope);
+            ok = choiceValue("Missing an Equals sign", scopeNames, 2, &scope);
         } else if (key == "AN") {
-            ok = choice(anchorNames, 9, &anchor);
+            ok = choiceValue("Missing an Equals sign", anchorNames, 9, &anchor);
         } else if (key == "HU") {
-            ok = choice(unitNames, 3, &units);
+            ok = choiceValue("Missing an Equals sign", unitNames, 3, &units);
             unitsGiven = true;
         } else if (key == "LT") {
-            ok = ranged(0.0001, 100, &lineThickness);
+            ok = rangedValue(0.0001, 100, &lineThickness);
         } else if (key == "LS") {
-            ok = ranged(0, 5, &lineSpacing);
+            ok = rangedValue(0, 5, &lineSpacing);
         } else if (key == "A") {
-            ok = ranged(-360, 360, &angle);
+            ok = rangedValue(-360, 360, &angle);
         } else if (key == "ZN") {
             int64_t n;
             ok = expectEquals("Missing an Equals sign") && intValue(&n);
             zone = int(n) - 1;
         } else if (key == "BX") {
-            ok = choice(boxNames, 3, &box);
+            ok = choiceValue("Missing an Equals sign", boxNames, 3, &box);
         } else if (key == "BXF" || key == "BXO" || key == "C") {
             ok = expectEquals("Missing Equals Sign in Color Assignment") &&
                  colorValue(key == "BXF" ? &boxFill : key == "BXO" ? &boxOutline : &color);
         } else if (key == "BXM") {
-            ok = ranged(0, 2000, &margin);
+            ok = rangedValue(0, 2000, &margin);
         } else if (key == "F") {
-            ok = choice(fontNames, 11, &font);
+            ok = choiceValue("Missing an Equals sign", fontNames, 11, &font);
         } else if (key == "H") {
-            ok = ranged(0, 1.0e150, &height);
+            ok = rangedValue(0, 1.0e150, &height);
         } else if (key == "CLIPPING") {
-            ok = choice(clipNames, 3, &clipping);
+            ok = choiceValue("Missing an Equals sign", clipNames, 3, &clipping);
             clipping = clipping == 2 ? 1 : 0;
         } else {
             return failTok("Bad Identifier in Text header");
@@ -1719,18 +1725,6 @@ bool Converter::parseGeometry() {
     double x = 0, y = 0, zValue = 0, patternLength = 4, lineThickness = 0.1, arrowSize = 5, arrowAngle = 20;
     std::string macro;
     if (!advance()) return false;
-    auto choice = [&](const char *message, const char *const *names, int count, int *out) {
-        if (!expectEquals(message)) return false;
-        int n = tok.kind == Tok_Word ? lookup(tok.text, names, count) : -1;
-        if (n < 0) return failTok("Bad Value");
-        *out = n;
-        return advance();
-    };
-    auto ranged = [&](double low, double high, double *out) {
-        if (!expectEquals("Missing an Equals sign")) return false;
-        if (tok.kind == Tok_Number && (tok.value < low || tok.value > high)) return failTok("Value out of Range");
-        return doubleValue(out);
-    };
     while (tok.kind == Tok_Word) {
         std::string key = tok.text;
         for (char &c : key) c = char(toupper((unsigned char)c));
@@ -1739,19 +1733,15 @@ bool Converter::parseGeometry() {
         if (key == "MFC") {
             ok = expectEquals("Missing an Equals sign") && wordValue(&macro, "Missing or Invalid character string");
         } else if (key == "X" || key == "Y" || key == "Z" || key == "R" || key == "THETA") {
-            bool isPolar = key == "R" || key == "THETA";
-            if ((isPolar && cartesian) || (!isPolar && polar)) return failTok("Cannot mix X,Y, and Z with R and THETA.");
-            (isPolar ? polar : cartesian) = true;
-            double *target = key == "X" || key == "R" ? &x : key == "Y" || key == "THETA" ? &y : &zValue;
-            ok = ranged(-1.0e150, 1.0e150, target);
+            ok = anchorValue(key, &cartesian, &polar, &x, &y, &zValue);
         } else if (key == "CS" || key == "M") {
-            ok = choice("Missing an Equals sign", coordSysNames, 5, &n);
+            ok = choiceValue("Missing an Equals sign", coordSysNames, 5, &n);
             coordSys = coordSysCodes[n];
             window = n == 2;
         } else if (key == "S") {
-            ok = choice("Missing an Equals sign", scopeNames, 2, &scope);
+            ok = choiceValue("Missing an Equals sign", scopeNames, 2, &scope);
         } else if (key == "DRAWORDER") {
-            ok = choice("Missing an Equals sign", orderNames, 2, &drawOrder);
+            ok = choiceValue("Missing an Equals sign", orderNames, 2, &drawOrder);
         } else if (key == "ZN") {
             int64_t number;
             ok = expectEquals("Missing an Equals sign") && intValue(&number);
@@ -1765,33 +1755,33 @@ bool Converter::parseGeometry() {
                 return failTok("Invalid number of ellipse points");
             ok = doubleValue(&ellipsePoints);
         } else if (key == "PL") {
-            ok = ranged(0.01, 100, &patternLength);
+            ok = rangedValue(0.01, 100, &patternLength);
         } else if (key == "LT") {
-            ok = ranged(0.0001, 100, &lineThickness);
+            ok = rangedValue(0.0001, 100, &lineThickness);
         } else if (key == "L") {
-            ok = choice("Missing Equals Sign in line type assignment", patternNames, 6, &pattern);
+            ok = choiceValue("Missing Equals Sign in line type assignment", patternNames, 6, &pattern);
         } else if (key == "AST") {
-            ok = choice("Missing an Equals sign", styleNames, 3, &arrowStyle);
+            ok = choiceValue("Missing an Equals sign", styleNames, 3, &arrowStyle);
         } else if (key == "AAT") {
-            ok = choice("Missing an Equals sign", attachNames, 4, &arrowAttach);
+            ok = choiceValue("Missing an Equals sign", attachNames, 4, &arrowAttach);
         } else if (key == "ASZ") {
-            ok = ranged(0, 50, &arrowSize);
+            ok = rangedValue(0, 50, &arrowSize);
         } else if (key == "AAN") {
-            ok = ranged(1, 90, &arrowAngle);
+            ok = rangedValue(1, 90, &arrowAngle);
         } else if (key == "DT") {
-            ok = choice("Missing Equals Sign in Data Type Assignment", dataTypeNames, 7, &n);
+            ok = choiceValue("Missing Equals Sign in Data Type Assignment", dataTypeNames, 7, &n);
             if (ok && n >= 3)
                 return lex.failAt("Only allowed to use LONGINT, SHORTINT,\nBYTE and BIT data types with zone\nfield data",
                                   tok.line, tok.col);
             dataType = n == 2 ? 2 : 1;
         } else if (key == "T") {
-            ok = choice("Missing Equals Sign in geometry type assignment", typeNames, 6, &type);
+            ok = choiceValue("Missing Equals Sign in geometry type assignment", typeNames, 6, &type);
             if (type == 5) type = 0, coordSys = 6;
         } else if (key == "CLIPPING") {
-            ok = choice("Missing an Equals sign", clipNames, 3, &clipping);
+            ok = choiceValue("Missing an Equals sign", clipNames, 3, &clipping);
             clipping = clipping == 2 ? 1 : 0;
         } else if (key == "DATAPACKING" || key == "F") {
-            ok = choice(key == "F" ? "Missing Equals sign for Format Specifier"
+            ok = choiceValue(key == "F" ? "Missing Equals sign for Format Specifier"
                                    : "Missing Equals sign for DATAPACKING Specifier", PackingNames, 2, &n);
             point = n == 0;
         } else {

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "base/data/datautil.h"
+#include "base/data/face.h"
 #include "base/kernel/globals.h"
 #include "base/plot/frame.h"
 #include "e2e/harness.h"
@@ -49,6 +50,29 @@ class DataSetTest : public ::testing::Test {
     double value(EntIndex_t zone, EntIndex_t var, LgIndex_t index) {
         FieldData_a fieldData = GetReadableNativeFieldDataPtr(dataSet(), zone, var);
         return fieldData != nullptr ? GetFieldValue(fieldData, index) : -999.0;
+    }
+    // A new FE zone of two triangles, nodes 0 1 2 and 2 1 3, sharing the edge 1-2.
+    void addTwoTriangles(EntIndex_t zone) {
+        ZoneSpec_s fe;
+        fe.Type = ZoneType_FETriangle;
+        fe.NumPtsI = 4;
+        fe.NumPtsJ = 2;
+        fe.NumPtsK = 3;
+        FieldDataType_e type = FieldDataType_Float;
+        ASSERT_TRUE(AddZone(&fe, &type, nullptr, zone, nullptr, nullptr, -1, false));
+        const LgIndex_t nodes[6] = {0, 1, 2, 2, 1, 3};
+        for (int n = 0; n < 6; n++) NodeMapSetNode(GetZoneData(dataSet(), zone)->NodeMap, n / 3, n % 3, nodes[n]);
+    }
+    // A user-defined global connection: face 2 of zone 1's element 0 lies against zone 0's element 1.
+    void connectZone1ToZone0() {
+        GetZoneSpec(dataSet(), 1)->FNMode = FaceNeighborMode_GlobalOneToOne;
+        GetZoneData(dataSet(), 1)->FN->Mode = FaceNeighborMode_GlobalOneToOne;
+        FaceNeighborAssignContext_s *context = FaceNeighborUserDefBeginAssign(dataSet(), 1);
+        ASSERT_NE(context, nullptr);
+        LgIndex_t element = 1;
+        EntIndex_t zone = 0;
+        ASSERT_TRUE(FaceNeighborUserDefAssign(context, 0, 2, true, 1, &element, &zone));
+        ASSERT_TRUE(FaceNeighborUserDefEndAssign(&context));
     }
     // Runs f with standard error captured and returns what it printed.
     template <typename F>

@@ -480,35 +480,14 @@ TEST_F(DataIoTest, Version105CommonTimeBecomesTheSolutionTime) {
 
 namespace {
 
-// Two triangles in each of two zones: zone 0's element 1 and zone 1's element 0 touch.
-void addTriangleZone(DataSetTest &test, EntIndex_t zone) {
-    ZoneSpec_s fe;
-    fe.Type = ZoneType_FETriangle;
-    fe.NumPtsI = 4;
-    fe.NumPtsJ = 2;
-    fe.NumPtsK = 3;
-    FieldDataType_e type = FieldDataType_Float;
-    ASSERT_TRUE(AddZone(&fe, &type, nullptr, zone, nullptr, nullptr, -1, false));
-    NodeMap_a nodeMap = GetZoneData(CurFrame->DataSet, zone)->NodeMap;
-    const LgIndex_t nodes[6] = {0, 1, 2, 2, 1, 3};
-    for (int n = 0; n < 6; n++) NodeMapSetNode(nodeMap, n / 3, n % 3, nodes[n]);
-}
-
 TEST_F(DataIoTest, FaceNeighboursRoundTrip) {
     FaceNeighborInstallHooks();
     makeDataSet(1, 0);
-    addTriangleZone(*this, 0);
-    addTriangleZone(*this, 1);
+    addTwoTriangles(0);
+    addTwoTriangles(1);
     DataSet_s *ds = dataSet();
-    // Zone 1: a user connection to zone 0, and neighbours from the node map kept as given.
-    GetZoneSpec(ds, 1)->FNMode = FaceNeighborMode_GlobalOneToOne;
-    GetZoneData(ds, 1)->FN->Mode = FaceNeighborMode_GlobalOneToOne;
-    FaceNeighborAssignContext_s *context = FaceNeighborUserDefBeginAssign(ds, 1);
-    ASSERT_NE(context, nullptr);
-    LgIndex_t element = 1;
-    EntIndex_t zone = 0;
-    ASSERT_TRUE(FaceNeighborUserDefAssign(context, 0, 2, true, 1, &element, &zone));
-    ASSERT_TRUE(FaceNeighborUserDefEndAssign(&context));
+    // Zone 1: a user connection to zone 0; zone 0: neighbours from the node map kept as given.
+    connectZone1ToZone0();
     ASSERT_TRUE(UpdateFaceNeighbor(false, GetZoneData(ds, 0)->FN, GetZoneData(ds, 0)->NodeMap, "zone 1"));
     GetZoneSpec(ds, 0)->AutoAssignFN = false;
 

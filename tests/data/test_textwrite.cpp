@@ -92,7 +92,8 @@ TEST_F(DataSetTest, TextWriterLinesCellCentredValuesAndConnectivity) {
 namespace {
 
 // Converts a text file and reads the result; null (with the converter's text in *err) on failure.
-DataSet_s *convertAndRead(const std::string &text, const std::string &binary, std::string *err) {
+DataSet_s *convertAndRead(const std::string &text, const std::string &binary, std::string *err,
+                          DataFileExtras_s *extras = nullptr) {
     char *errorText = nullptr;
     if (!FenrowAsciiDatafile(text.c_str(), binary.c_str(), &errorText)) {
         *err = errorText != nullptr ? errorText : "";
@@ -100,7 +101,7 @@ DataSet_s *convertAndRead(const std::string &text, const std::string &binary, st
         return nullptr;
     }
     DataSet_s *dataSet = nullptr;
-    ReadBinaryDataFile(binary.c_str(), &dataSet, nullptr);
+    ReadBinaryDataFile(binary.c_str(), &dataSet, extras);
     return dataSet;
 }
 
@@ -195,14 +196,10 @@ TEST_F(DataSetTest, TextAndGeometryRecordsRoundTripThroughText) {
     options.Binary = false;
     std::string path = tempDir + "/records.dat", binary = tempDir + "/records.plt";
     ASSERT_TRUE(WriteTextDataSet(dataSet(), &out, path.c_str(), options));
-    char *errorText = nullptr;
-    bool converted = FenrowAsciiDatafile(path.c_str(), binary.c_str(), &errorText);
-    std::string message = errorText != nullptr ? errorText : "";
-    newfree(errorText);
-    ASSERT_TRUE(converted) << message;
-    DataSet_s *back = nullptr;
+    std::string err;
     DataFileExtras_s in;
-    ASSERT_TRUE(ReadBinaryDataFile(binary.c_str(), &back, &in));
+    DataSet_s *back = convertAndRead(path, binary, &err, &in);
+    ASSERT_NE(back, nullptr) << err;
     DeallocDataSet(&back);
     ASSERT_EQ(in.Texts.size(), 1u);
     const Text_s &t = in.Texts[0];
@@ -237,36 +234,16 @@ namespace {
 TEST_F(DataSetTest, UserFaceNeighboursRoundTripThroughText) {
     FaceNeighborInstallHooks();
     makeDataSet(1, 0);
-    for (EntIndex_t zone = 0; zone < 2; zone++) {
-        ZoneSpec_s fe;
-        fe.Type = ZoneType_FETriangle;
-        fe.NumPtsI = 4;
-        fe.NumPtsJ = 2;
-        fe.NumPtsK = 3;
-        ValueLocation_e nodal = ValueLocation_Nodal;
-        ASSERT_TRUE(AddZone(&fe, nullptr, &nodal, zone, nullptr, nullptr, -1, false));
-        const LgIndex_t nodes[6] = {0, 1, 2, 2, 1, 3};
-        for (int n = 0; n < 6; n++) NodeMapSetNode(GetZoneData(dataSet(), zone)->NodeMap, n / 3, n % 3, nodes[n]);
-    }
-    GetZoneSpec(dataSet(), 1)->FNMode = FaceNeighborMode_GlobalOneToOne;
-    GetZoneData(dataSet(), 1)->FN->Mode = FaceNeighborMode_GlobalOneToOne;
-    FaceNeighborAssignContext_s *context = FaceNeighborUserDefBeginAssign(dataSet(), 1);
-    ASSERT_NE(context, nullptr);
-    LgIndex_t element = 1;
-    EntIndex_t zone = 0;
-    ASSERT_TRUE(FaceNeighborUserDefAssign(context, 0, 2, true, 1, &element, &zone));
-    ASSERT_TRUE(FaceNeighborUserDefEndAssign(&context));
+    addTwoTriangles(0);
+    addTwoTriangles(1);
+    connectZone1ToZone0();
     WriteDataSetOptions_s options;
     options.Binary = false;
     std::string path = tempDir + "/fn.dat", binary = tempDir + "/fn.plt";
     ASSERT_TRUE(WriteTextDataSet(dataSet(), nullptr, path.c_str(), options));
-    char *errorText = nullptr;
-    bool converted = FenrowAsciiDatafile(path.c_str(), binary.c_str(), &errorText);
-    std::string message = errorText != nullptr ? errorText : "";
-    newfree(errorText);
-    ASSERT_TRUE(converted) << message;
-    DataSet_s *back = nullptr;
-    ASSERT_TRUE(ReadBinaryDataFile(binary.c_str(), &back, nullptr));
+    std::string err;
+    DataSet_s *back = convertAndRead(path, binary, &err);
+    ASSERT_NE(back, nullptr) << err;
     FaceNeighbor_a faceNeighbor = GetZoneData(back, 1)->FN;
     bool isUserDefined = false;
     ASSERT_EQ(FaceNeighborGetNumNeighbors(faceNeighbor, 0, 2, &isUserDefined), 1);
