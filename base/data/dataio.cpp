@@ -9,6 +9,7 @@
 #include <climits>
 #include <cmath>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -24,6 +25,7 @@
 #include "base/kernel/auxdata.h"
 #include "base/kernel/errors.h"
 #include "base/kernel/genbase.h"
+#include "base/kernel/globals.h"
 #include "base/kernel/strlist.h"
 #include "base/kernel/strutil.h"
 
@@ -548,50 +550,123 @@ int64_t valuesInFile(const ZoneSpec_s &spec, ValueLocation_e location, int versi
     return CalcNumElementValuesNeeded(&spec);
 }
 
+// An open binary file positioned after its version, with its header read.
+struct OpenedFile_s {
+    FilePtr File;
+    int64_t Size = 0;
+    FileStream_s Stream{nullptr, true};
+    int Version = 0;
+};
+
+// Opens the file, finds its version at the offset and checks that it is one this reader knows.
+bool openBinaryFile(const char *fileName, int64_t offset, OpenedFile_s *opened) {
+    FILE *raw = nullptr;
+    if (!Open_File(&raw, fileName, true, false, false, true, false)) return false;
+    opened->File.reset(raw);
+    struct stat st;
+    if (fstat(fileno(raw), &st) != 0 || fseeko(raw, offset, SEEK_SET) != 0) {
+        ErrMsg("Invalid header in binary datafile");
+        return false;
+    }
+    opened->Size = int64_t(st.st_size);
+    opened->Stream = FileStream_s{raw, true};
+    int version = GetInputVersion(&opened->Stream);
+    if (version >= 109) return false;  // reported by GetInputVersion
+    bool supported = (version >= 40 && version <= 71) || version == 75 || (version >= 100 && version <= 108);
+    if (!supported) {
+        ErrMsg("Invalid header in binary datafile");
+        return false;
+    }
+    opened->Version = version;
+    return true;
+}
+
+bool reportReaderFailure(const Reader &reader, const char *general) {
+    if (reader.message == nullptr) ErrMsg("%s", general);
+    else if (reader.message[0] != '\0') ErrMsg("%s", reader.message);
+    return false;
+}
+
+// Where one zone's blocks lie in the file, as the pass over its data section found them. Kept
+// for zones passed over too, so that a loaded zone sharing with one of them can read the values
+// from the block that zone holds.
+struct ZoneBlocks_s {
+    bool Parsed = false;
+    bool Loaded = false;                      // read into the data set
+    std::vector<FieldDataType_e> Types;
+    std::vector<int32_t> Passive, ShareZone;  // ShareZone: the file's zone whose values are used, or -1
+    std::vector<double> Mins, Maxs;
+    std::vector<int64_t> Offsets;             // first value of each stored variable
+    std::vector<LgIndex_t> ValueOffsetInPoint;
+    LgIndex_t PointBytes = 0, NumStored = 0;  // point data: bytes of one point, stored variables
+    int32_t ConnectivityShare = -1;
+    int64_t ConnectivityOffset = -1;          // FE node list, when the zone has one of its own
+};
+
 struct DataSectionReader {
     Reader &r;
     const char *fileName;
     int64_t fileSize;
     DataSet_s *dataSet;
     Header_s &header;
+    const DataFileReadPlan_s &plan;
+    std::vector<ZoneBlocks_s> blocks;
 
     bool fail(const char *text) { return r.fail(text); }
     bool failf(const char *format, int a, int b = 0, int c = 0) {
         ErrMsg(format, a, b, c);
         return r.fail("");
     }
+    EntIndex_t dataSetZone(int32_t fileZone) const { return EntIndex_t(fileZone + plan.ZoneOffset); }
+    EntIndex_t dataSetVar(EntIndex_t fileVar) const {
+        return plan.VarMap != nullptr ? (*plan.VarMap)[size_t(fileVar)] : fileVar;
+    }
+    bool skipsIndices(const ZoneSpec_s &spec) const {
+        return spec.Type == ZoneType_Ordered && (plan.Skip[0] != 1 || plan.Skip[1] != 1 || plan.Skip[2] != 1);
+    }
+    bool isPlaceholder(int32_t zone) const { return header.Zones[size_t(zone)].IsPlaceholder; }
 
     bool seekPast(int64_t offset, int64_t bytes) {
         if (offset + bytes > fileSize) return fail("Data file appears to be truncated.");
         return fseeko(r.stream->File, offset + bytes, SEEK_SET) == 0;
     }
 
-    bool readZone(EntIndex_t zone) {
+    // The zone whose block a loaded zone's shared variable really comes from: the first zone
+    // along the chain of shares that was loaded, or else the one that holds the values.
+    int32_t shareSource(int32_t source, EntIndex_t var) const {
+        while (!blocks[size_t(source)].Loaded && blocks[size_t(source)].ShareZone[size_t(var)] >= 0)
+            source = blocks[size_t(source)].ShareZone[size_t(var)];
+        return source;
+    }
+
+    // Reads (load) or passes over one zone's data section.
+    bool readZone(int32_t zone, bool load) {
         ZoneHeader_s &zh = header.Zones[size_t(zone)];
-        ZoneSpec_s *spec = GetZoneSpec(dataSet, zone);
+        ZoneBlocks_s &b = blocks[size_t(zone)];
         EntIndex_t numVars = EntIndex_t(header.VarNames.size());
         float marker;
         if (!r.readMarker(&marker) || marker != ZoneMarker) return fail("Corrupt input file");
-        std::vector<FieldDataType_e> types(size_t(numVars), FieldDataType_Float);  // all floats before 70
-        for (FieldDataType_e &type : types) {
+        b.Types.assign(size_t(numVars), FieldDataType_Float);  // all floats before 70
+        for (FieldDataType_e &type : b.Types) {
             int32_t code;
             if (r.version < 70) break;
             if (!readRaw(r.stream, &code)) return fail("Unable to skip over variable types.");
             if (code < 1 || code > 6) return fail("Invalid data type - binary input file corrupted");
             type = FieldDataType_e(code);
         }
-        std::vector<int32_t> passive(size_t(numVars), 0), shareZone(size_t(numVars), -1);
-        int32_t flag = 0, connectivityShare = -1;
+        b.Passive.assign(size_t(numVars), 0);
+        b.ShareZone.assign(size_t(numVars), -1);
+        int32_t flag = 0;
         if (r.version >= 101) {
             if (r.version >= 105) {
                 if (!r.readInt(0, 1, &flag)) return fail("Binary datafile corrupted!");
-                for (int32_t &p : passive)
+                for (int32_t &p : b.Passive)
                     if (flag && !r.readInt(0, 1, &p)) return fail("Binary datafile corrupted!");
             }
             if (!r.readInt(0, 1, &flag)) return fail("Binary datafile corrupted!");
-            for (int32_t &s : shareZone)
+            for (int32_t &s : b.ShareZone)
                 if (flag && !r.readInt(-1, MaxNumZonesOrVars - 1, &s)) return fail("Binary datafile corrupted!");
-            if (!r.readInt(-1, MaxNumZonesOrVars - 1, &connectivityShare)) return fail("Binary datafile corrupted!");
+            if (!r.readInt(-1, MaxNumZonesOrVars - 1, &b.ConnectivityShare)) return fail("Binary datafile corrupted!");
         } else if (r.version >= 46) {
             // Variables whose values are those of the previous zone of the file.
             int32_t count;
@@ -602,128 +677,169 @@ struct DataSectionReader {
                 if (zone == 0)
                     return fail("Cannot duplicate variables from the first zone since there are no previous zones to "
                                 "duplicate from.");
-                shareZone[size_t(var - 1)] = zone - 1;
+                b.ShareZone[size_t(var - 1)] = zone - 1;
             }
         }
-        if (connectivityShare >= zone)
-            return failf("Zone %d is attempting to share connectivity with an unloaded zone", zone + 1);
+        if (b.ConnectivityShare >= zone)
+            return failf("Zone %d is attempting to share connectivity with an unloaded zone", dataSetZone(zone) + 1);
+        b.Parsed = true;
         if (zh.IsPlaceholder) return true;
+        if (load && !checkShares(zone)) return false;
 
-        // Shares are checked before anything of the zone is made.
-        for (EntIndex_t v = 0; v < numVars; v++) {
-            int32_t s = shareZone[size_t(v)];
-            if (s < 0) continue;
-            if (s >= zone || !IsZoneEnabled(dataSet, EntIndex_t(s)) || header.Zones[size_t(s)].IsPlaceholder)
-                return failf("Variable %d of zone %d is attempting to share with zone %d which has not been loaded.",
-                             v + 1, zone + 1, s + 1);
-            if (!ZoneStructuresAreNativeVarShareCompatible(zh.Locations[size_t(v)],
-                                                           header.Zones[size_t(s)].Locations[size_t(v)], spec,
-                                                           GetZoneSpec(dataSet, EntIndex_t(s))))
-                return failf("Zone %d is attempting to share variable %d from zone %d but they are not compatible "
-                             "for sharing.", zone + 1, v + 1, s + 1);
-        }
-        if (connectivityShare >= 0 &&
-            (!IsZoneEnabled(dataSet, EntIndex_t(connectivityShare)) ||
-             !ZoneStructuresAreConnectivityShareCompatible(spec, GetZoneSpec(dataSet, EntIndex_t(connectivityShare)))))
-            return failf("Zone %d is attempting to share connectivity with zone %d which is not compatible for "
-                         "sharing.", zone + 1, connectivityShare + 1);
-
-        std::vector<double> mins(size_t(numVars), 0.0), maxs(size_t(numVars), 0.0);
-        auto stored = [&](EntIndex_t v) { return passive[size_t(v)] == 0 && shareZone[size_t(v)] < 0; };
+        b.Mins.assign(size_t(numVars), 0.0);
+        b.Maxs.assign(size_t(numVars), 0.0);
         for (EntIndex_t v = 0; r.version >= 103 && v < numVars; v++)
-            if (stored(v) && (!r.readDouble(&mins[size_t(v)]) || !r.readDouble(&maxs[size_t(v)])))
+            if (isStored(b, v) && (!r.readDouble(&b.Mins[size_t(v)]) || !r.readDouble(&b.Maxs[size_t(v)])))
                 return fail("Binary datafile corrupted!");
-
-        if (!readValues(zone, spec, types, passive, shareZone, mins, maxs, stored)) return false;
-        if (r.version >= 62 && r.version <= 100 && ZoneTypeIsFE(spec->Type)) {
+        if (!locateValues(zone)) return false;
+        if (load) {
+            b.Loaded = true;
+            if (!makeVariables(zone)) return false;
+        }
+        if (r.version >= 62 && r.version <= 100 && ZoneTypeIsFE(zh.Spec.Type)) {
             int32_t sharesPrevious;
             if (!r.readInt(0, 1, &sharesPrevious)) return fail("Datafile is corrupted");
             if (sharesPrevious == 1) {
-                if (zone == 0 || !ZoneStructuresAreConnectivityShareCompatible(spec, GetZoneSpec(dataSet, EntIndex_t(zone - 1))))
+                if (zone == 0 || isPlaceholder(zone - 1) ||
+                    !ZoneStructuresAreConnectivityShareCompatible(&zh.Spec, &header.Zones[size_t(zone - 1)].Spec))
                     return failf("Zone %d is attempting to share connectivity with a zone that has not been loaded.",
-                                 zone + 1);
-                connectivityShare = zone - 1;
+                                 dataSetZone(zone) + 1);
+                b.ConnectivityShare = zone - 1;
             }
         }
-        return readConnectivity(zone, spec, connectivityShare) && readFaceNeighbors(zone, spec, connectivityShare);
+        return readConnectivity(zone, load) && readFaceNeighbors(zone, load);
     }
 
-    template <typename Stored>
-    bool readValues(EntIndex_t zone, ZoneSpec_s *spec, const std::vector<FieldDataType_e> &types,
-                    const std::vector<int32_t> &passive, const std::vector<int32_t> &shareZone,
-                    const std::vector<double> &mins, const std::vector<double> &maxs, Stored stored) {
+    static bool isStored(const ZoneBlocks_s &b, EntIndex_t v) {
+        return b.Passive[size_t(v)] == 0 && b.ShareZone[size_t(v)] < 0;
+    }
+
+    // Shares are checked before anything of the zone is made.
+    bool checkShares(int32_t zone) {
         ZoneHeader_s &zh = header.Zones[size_t(zone)];
-        EntIndex_t numVars = EntIndex_t(types.size());
-        int64_t pointBytes = 0, numStored = 0;
-        if (!spec->IsBlock)
+        ZoneBlocks_s &b = blocks[size_t(zone)];
+        for (EntIndex_t v = 0; v < EntIndex_t(b.ShareZone.size()); v++) {
+            int32_t s = b.ShareZone[size_t(v)];
+            if (s < 0 || dataSetVar(v) < 0) continue;
+            if (s >= zone || isPlaceholder(s))
+                return failf("Variable %d of zone %d is attempting to share with zone %d which has not been loaded.",
+                             v + 1, dataSetZone(zone) + 1, dataSetZone(s) + 1);
+            if (!ZoneStructuresAreNativeVarShareCompatible(zh.Locations[size_t(v)],
+                                                           header.Zones[size_t(s)].Locations[size_t(v)], &zh.Spec,
+                                                           &header.Zones[size_t(s)].Spec))
+                return failf("Zone %d is attempting to share variable %d from zone %d but they are not compatible "
+                             "for sharing.", dataSetZone(zone) + 1, v + 1, dataSetZone(s) + 1);
+        }
+        int32_t c = b.ConnectivityShare;
+        if (c >= 0 && (isPlaceholder(c) ||
+                       !ZoneStructuresAreConnectivityShareCompatible(&zh.Spec, &header.Zones[size_t(c)].Spec)))
+            return failf("Zone %d is attempting to share connectivity with zone %d which is not compatible for "
+                         "sharing.", dataSetZone(zone) + 1, dataSetZone(c) + 1);
+        return true;
+    }
+
+    // Notes where each stored variable's values lie and moves past them; nothing is read.
+    bool locateValues(int32_t zone) {
+        ZoneHeader_s &zh = header.Zones[size_t(zone)];
+        ZoneBlocks_s &b = blocks[size_t(zone)];
+        const ZoneSpec_s &spec = zh.Spec;
+        auto numVars = EntIndex_t(b.Types.size());
+        b.Offsets.assign(size_t(numVars), -1);
+        b.ValueOffsetInPoint.assign(size_t(numVars), 0);
+        if (spec.IsBlock) {
             for (EntIndex_t v = 0; v < numVars; v++) {
-                if (!stored(v)) continue;
-                if (types[size_t(v)] == FieldDataType_Bit) return fail("Binary datafile corrupted!");
-                pointBytes += FieldDataTypeSize(types[size_t(v)]);
-                numStored++;
+                if (!isStored(b, v)) continue;
+                int64_t offset = ftello(r.stream->File);
+                int64_t bytes = FieldDataGetBytesNeeded(valuesInFile(spec, zh.Locations[size_t(v)], r.version),
+                                                        b.Types[size_t(v)]);
+                if (!seekPast(offset, bytes)) return false;
+                b.Offsets[size_t(v)] = offset;
             }
-        int64_t start = ftello(r.stream->File);
-        int64_t valueOffsetInPoint = 0;
+            return true;
+        }
         for (EntIndex_t v = 0; v < numVars; v++) {
-            ValueLocation_e location = zh.Locations[size_t(v)];
-            if (shareZone[size_t(v)] >= 0) {
-                ShareVariable(dataSet, EntIndex_t(shareZone[size_t(v)]), zone, v);
-                continue;
+            if (!isStored(b, v)) continue;
+            if (b.Types[size_t(v)] == FieldDataType_Bit) return fail("Binary datafile corrupted!");
+            b.ValueOffsetInPoint[size_t(v)] = b.PointBytes;
+            b.PointBytes += LgIndex_t(FieldDataTypeSize(b.Types[size_t(v)]));
+            b.NumStored++;
+        }
+        int64_t start = ftello(r.stream->File);
+        for (EntIndex_t v = 0; v < numVars; v++)
+            if (isStored(b, v)) b.Offsets[size_t(v)] = start + b.ValueOffsetInPoint[size_t(v)];
+        return b.NumStored == 0 || seekPast(start, CalcNumPointValuesNeeded(&spec) * b.PointBytes);
+    }
+
+    // The zone's variables in the data set: shared with a loaded zone, or defined over the block
+    // (its own, or that of the zone passed over that holds the shared values).
+    bool makeVariables(int32_t zone) {
+        ZoneHeader_s &zh = header.Zones[size_t(zone)];
+        EntIndex_t target = dataSetZone(zone);
+        ZoneSpec_s *spec = GetZoneSpec(dataSet, target);
+        bool skipping = skipsIndices(zh.Spec);
+        for (EntIndex_t v = 0; v < EntIndex_t(zh.Locations.size()); v++) {
+            EntIndex_t var = dataSetVar(v);
+            if (var < 0) continue;
+            int32_t source = zone;
+            if (blocks[size_t(zone)].ShareZone[size_t(v)] >= 0) {
+                source = shareSource(blocks[size_t(zone)].ShareZone[size_t(v)], v);
+                if (blocks[size_t(source)].Loaded) {
+                    ShareVariable(dataSet, dataSetZone(source), target, var);
+                    continue;
+                }
             }
+            const ZoneBlocks_s &b = blocks[size_t(source)];
+            ValueLocation_e location = zh.Locations[size_t(v)];
+            FieldDataType_e type = b.Types[size_t(v)];
             FieldData_a fieldData = FieldDataAlloc();
             if (fieldData == nullptr) return fail("Not enough memory to read the binary datafile.");
-            if (passive[size_t(v)] != 0) {
-                FieldDataDefineData(fieldData, LgIndex_t(CalcNumValuesNeededAt(spec, location)), types[size_t(v)],
-                                    location);
+            bool ok = true;
+            if (b.Passive[size_t(v)] != 0) {
+                FieldDataDefineData(fieldData, LgIndex_t(CalcNumValuesNeededAt(spec, location)), type, location);
                 FieldDataMakePassive(fieldData);
-                SetNativeFieldDataPtr(dataSet, zone, v, fieldData);
-                continue;
-            }
-            bool ok;
-            if (spec->IsBlock) {
-                int64_t offset = ftello(r.stream->File);
-                int64_t bytes = FieldDataGetBytesNeeded(valuesInFile(*spec, location, r.version), types[size_t(v)]);
-                ok = offset + bytes <= fileSize;
-                if (!ok) fail("Data file appears to be truncated.");
-                ok = ok && LoadBinaryBlockVariable(fileName, structureOf(r.version), false, offset, 1, nullptr, spec,
-                                                   types[size_t(v)], r.stream->IsByteOrderNative, location, fieldData);
-                ok = ok && seekPast(offset, bytes);
             } else {
-                ok = LoadBinaryBlockVariable(fileName, structureOf(r.version), false, start + valueOffsetInPoint,
-                                             LgIndex_t(numStored), nullptr, spec, types[size_t(v)],
-                                             r.stream->IsByteOrderNative, location, fieldData, LgIndex_t(pointBytes),
-                                             LgIndex_t(valueOffsetInPoint));
-                valueOffsetInPoint += FieldDataTypeSize(types[size_t(v)]);
+                const ZoneSpec_s &fileSpec = header.Zones[size_t(source)].Spec;
+                const LgIndex_t *skip = skipping ? plan.Skip : nullptr;
+                if (fileSpec.IsBlock)
+                    ok = LoadBinaryBlockVariable(fileName, structureOf(r.version), plan.IsTempOrRemote,
+                                                 b.Offsets[size_t(v)], 1, skip, &fileSpec, type,
+                                                 r.stream->IsByteOrderNative, location, fieldData);
+                else
+                    ok = LoadBinaryBlockVariable(fileName, structureOf(r.version), plan.IsTempOrRemote,
+                                                 b.Offsets[size_t(v)], b.NumStored, skip, &fileSpec, type,
+                                                 r.stream->IsByteOrderNative, location, fieldData, b.PointBytes,
+                                                 b.ValueOffsetInPoint[size_t(v)]);
+                // The file's range covers every value; a skipped read may hold fewer.
+                if (ok && r.version >= 103 && !skipping)
+                    FieldDataSetMinMax(fieldData, b.Mins[size_t(v)], b.Maxs[size_t(v)]);
             }
             if (!ok) {
                 FieldDataDealloc(&fieldData, true);
                 return fail("");
             }
-            if (r.version >= 103) FieldDataSetMinMax(fieldData, mins[size_t(v)], maxs[size_t(v)]);
-            SetNativeFieldDataPtr(dataSet, zone, v, fieldData);
+            SetNativeFieldDataPtr(dataSet, target, var, fieldData);
         }
-        if (!spec->IsBlock && numStored > 0) return seekPast(start, CalcNumPointValuesNeeded(spec) * pointBytes);
+        // Variables of the data set that this file does not supply hold nothing here.
+        for (SetIndex_t var = GetNextMember(dataSet->EnabledVars, -1); var >= 0;
+             var = GetNextMember(dataSet->EnabledVars, var)) {
+            if (GetNativeFieldDataPtr(dataSet, target, EntIndex_t(var)) != nullptr) continue;
+            FieldData_a fieldData = FieldDataAlloc();
+            if (fieldData == nullptr) return fail("Not enough memory to read the binary datafile.");
+            FieldDataDefineData(fieldData, LgIndex_t(CalcNumPointValuesNeeded(spec)), FieldDataType_Float,
+                                ValueLocation_Nodal);
+            FieldDataMakePassive(fieldData);
+            SetNativeFieldDataPtr(dataSet, target, EntIndex_t(var), fieldData);
+        }
         return true;
     }
 
-    bool readConnectivity(EntIndex_t zone, ZoneSpec_s *spec, int32_t connectivityShare) {
-        // The file must hold the node list before memory is set aside for it.
-        if (ZoneTypeIsFE(spec->Type) && connectivityShare < 0 &&
-            ftello(r.stream->File) + int64_t(spec->NumPtsJ) * GetNodesPerElement(spec->Type) * 4 > fileSize)
-            return fail("Data file appears to be truncated.");
-        if (!DataSetAllocConnectivity(dataSet, zone, spec, true, EntIndex_t(connectivityShare), false))
-            return fail("Not enough memory to read the binary datafile.");
-        if (!ZoneTypeIsFE(spec->Type) || connectivityShare >= 0) return true;
-        NodeMap_a nodeMap = GetZoneData(dataSet, zone)->NodeMap;
-        int64_t count = int64_t(spec->NumPtsJ) * nodeMap->NodesPerElement;
-        if (count == 0) return failf("Connectivity list is zero length in zone %d", zone + 1);
-        int64_t offset = ftello(r.stream->File);
-        if (offset + count * 4 > fileSize) return fail("Data file appears to be truncated.");
+    // Reads count node numbers at the file position into the node map, checking each.
+    bool readNodes(const ZoneSpec_s &spec, NodeMap_a nodeMap, int64_t count) {
         if (r.version < 64) {  // integers were floats then
             for (int64_t n = 0; n < count; n++)
                 if (!r.readInt(1, MAXINDEX, &nodeMap->Nodes[n])) return fail("Binary datafile corrupted!");
             for (int64_t n = 0; n < count; n++)
-                if (--nodeMap->Nodes[n] >= spec->NumPtsI) return fail("Binary datafile corrupted!");
+                if (--nodeMap->Nodes[n] >= spec.NumPtsI) return fail("Binary datafile corrupted!");
             return true;
         }
         if (fread(nodeMap->Nodes, sizeof(int32_t), size_t(count), r.stream->File) != size_t(count)) {
@@ -734,38 +850,80 @@ struct DataSectionReader {
         for (int64_t n = 0; n < count; n++) {
             int32_t node = nodeMap->Nodes[n];
             if (!r.stream->IsByteOrderNative) node = swapped(node);
-            if (node < base || node - base >= spec->NumPtsI) return fail("Binary datafile corrupted!");
-            node -= base;
-            nodeMap->Nodes[n] = node;
+            if (node < base || node - base >= spec.NumPtsI) return fail("Binary datafile corrupted!");
+            nodeMap->Nodes[n] = node - base;
         }
         return true;
     }
 
-    bool readFaceNeighbors(EntIndex_t zone, ZoneSpec_s *spec, int32_t connectivityShare) {
+    bool readConnectivity(int32_t zone, bool load) {
         ZoneHeader_s &zh = header.Zones[size_t(zone)];
-        if (connectivityShare >= 0) return true;
+        ZoneBlocks_s &b = blocks[size_t(zone)];
+        const ZoneSpec_s &fileSpec = zh.Spec;
+        int64_t count = ZoneTypeIsFE(fileSpec.Type) ? int64_t(fileSpec.NumPtsJ) * GetNodesPerElement(fileSpec.Type) : 0;
+        if (ZoneTypeIsFE(fileSpec.Type) && b.ConnectivityShare < 0) {
+            // The file must hold the node list before memory is set aside for it.
+            b.ConnectivityOffset = ftello(r.stream->File);
+            if (b.ConnectivityOffset + count * 4 > fileSize) return fail("Data file appears to be truncated.");
+            if (count == 0) return failf("Connectivity list is zero length in zone %d", dataSetZone(zone) + 1);
+        }
+        if (!load) return !ZoneTypeIsFE(fileSpec.Type) || b.ConnectivityShare >= 0 || seekPast(b.ConnectivityOffset, count * 4);
+
+        EntIndex_t target = dataSetZone(zone);
+        ZoneSpec_s *spec = GetZoneSpec(dataSet, target);
+        // Shared connectivity comes from the first loaded zone along the chain; if the chain ends
+        // at a zone passed over, its node list is read from where that zone holds it.
+        int32_t source = b.ConnectivityShare;
+        while (source >= 0 && !blocks[size_t(source)].Loaded && blocks[size_t(source)].ConnectivityShare >= 0)
+            source = blocks[size_t(source)].ConnectivityShare;
+        EntIndex_t shareFrom = source >= 0 && blocks[size_t(source)].Loaded ? dataSetZone(source) : -1;
+        if (!DataSetAllocConnectivity(dataSet, target, spec, true, shareFrom, false))
+            return fail("Not enough memory to read the binary datafile.");
+        if (!ZoneTypeIsFE(spec->Type) || shareFrom >= 0) return true;
+        NodeMap_a nodeMap = GetZoneData(dataSet, target)->NodeMap;
+        if (source < 0) return readNodes(fileSpec, nodeMap, count);
+        int64_t here = ftello(r.stream->File);
+        return fseeko(r.stream->File, blocks[size_t(source)].ConnectivityOffset, SEEK_SET) == 0 &&
+               readNodes(fileSpec, nodeMap, count) && fseeko(r.stream->File, here, SEEK_SET) == 0;
+    }
+
+    bool readFaceNeighbors(int32_t zone, bool load) {
+        ZoneHeader_s &zh = header.Zones[size_t(zone)];
+        const ZoneSpec_s &spec = zh.Spec;
+        if (blocks[size_t(zone)].ConnectivityShare >= 0) return true;
+        EntIndex_t target = dataSetZone(zone);
+        // Connections name cells by their index in the file; with indices skipped they name
+        // other cells, so they are passed over.
+        bool assign = load && !skipsIndices(spec);
         std::vector<int32_t> raw;
         if (zh.RawFaceNeighborsSupplied) {
-            int64_t count = int64_t(spec->NumPtsJ) * GetFacesPerElement(spec->Type, spec->NumPtsI, spec->NumPtsJ, spec->NumPtsK);
-            if (ftello(r.stream->File) + count * 4 > fileSize) return fail("Data file appears to be truncated.");
-            raw.resize(size_t(count));
-            if (fread(raw.data(), sizeof(int32_t), raw.size(), r.stream->File) != raw.size()) {
-                ErrMsg("Error reading raw face neighbor array list.\nReason: %s", errno != 0 ? strerror(errno) : "Unknown");
-                return fail("");
-            }
-            for (int32_t &neighbor : raw) {
-                if (!r.stream->IsByteOrderNative) neighbor = swapped(neighbor);
-                if (neighbor < -1 || neighbor >= spec->NumPtsJ) return fail("Corrupt input file: invalid face neighbors.");
+            int64_t count = int64_t(spec.NumPtsJ) * GetFacesPerElement(spec.Type, spec.NumPtsI, spec.NumPtsJ, spec.NumPtsK);
+            int64_t offset = ftello(r.stream->File);
+            if (offset + count * 4 > fileSize) return fail("Data file appears to be truncated.");
+            if (!load) {
+                if (!seekPast(offset, count * 4)) return false;
+            } else {
+                raw.resize(size_t(count));
+                if (fread(raw.data(), sizeof(int32_t), raw.size(), r.stream->File) != raw.size()) {
+                    ErrMsg("Error reading raw face neighbor array list.\nReason: %s",
+                           errno != 0 ? strerror(errno) : "Unknown");
+                    return fail("");
+                }
+                for (int32_t &neighbor : raw) {
+                    if (!r.stream->IsByteOrderNative) neighbor = swapped(neighbor);
+                    if (neighbor < -1 || neighbor >= spec.NumPtsJ)
+                        return fail("Corrupt input file: invalid face neighbors.");
+                }
             }
         }
         // User-defined connections: records until their neighbours add up to the count.
         FaceNeighborAssignContext_s *context = nullptr;
-        if (zh.NumMiscFaceNeighbors > 0) {
-            context = FaceNeighborUserDefBeginAssign(dataSet, zone);
+        if (assign && zh.NumMiscFaceNeighbors > 0) {
+            context = FaceNeighborUserDefBeginAssign(dataSet, target);
             if (context == nullptr) return fail("");
         }
-        bool global = spec->FNMode == FaceNeighborMode_GlobalOneToOne || spec->FNMode == FaceNeighborMode_GlobalOneToMany;
-        bool many = spec->FNMode == FaceNeighborMode_LocalOneToMany || spec->FNMode == FaceNeighborMode_GlobalOneToMany;
+        bool global = spec.FNMode == FaceNeighborMode_GlobalOneToOne || spec.FNMode == FaceNeighborMode_GlobalOneToMany;
+        bool many = spec.FNMode == FaceNeighborMode_LocalOneToMany || spec.FNMode == FaceNeighborMode_GlobalOneToMany;
         int64_t neighbors = 0;
         bool ok = true;
         while (ok && neighbors < zh.NumMiscFaceNeighbors) {
@@ -787,103 +945,201 @@ struct DataSectionReader {
                 ok = (!global || readRaw(r.stream, &neighborZone)) && readRaw(r.stream, &elements[size_t(n)]);
                 if (ok && (neighborZone < -1 || neighborZone >= MaxNumZonesOrVars))
                     ok = fail("Corrupt input file: invalid face neighbors.");
-                zones[size_t(n)] = EntIndex_t(neighborZone);
+                zones[size_t(n)] = neighborZone >= 0 ? dataSetZone(neighborZone) : EntIndex_t(-1);
             }
             if (!ok) {
                 fail("Unexpected end-of-file while reading face neighbor data.");
                 break;
             }
-            ok = FaceNeighborUserDefAssign(context, element, face, obscures != 0, count, elements.data(),
-                                           global ? zones.data() : nullptr);
-            if (!ok) fail("");
+            if (context != nullptr) {
+                ok = FaceNeighborUserDefAssign(context, element, face, obscures != 0, count, elements.data(),
+                                               global ? zones.data() : nullptr);
+                if (!ok) fail("");
+            }
             neighbors += count;
         }
         if (context != nullptr && !FaceNeighborUserDefEndAssign(&context)) ok = false;
         if (!ok) return fail("");
-        spec->FNNumBndryConns = zh.NumMiscFaceNeighbors;
+        if (!load) return true;
+        GetZoneSpec(dataSet, target)->FNNumBndryConns = assign ? zh.NumMiscFaceNeighbors : 0;
         // The raw array is the neighbours found from the node map, given by the file.
-        FaceNeighbor_a faceNeighbor = GetZoneData(dataSet, zone)->FN;
+        FaceNeighbor_a faceNeighbor = GetZoneData(dataSet, target)->FN;
         if (!raw.empty() && faceNeighbor != nullptr) {
             if (!FaceNeighborAllocAutoGen(faceNeighbor)) return fail("Not enough memory to read the binary datafile.");
             for (size_t n = 0; n < raw.size(); n++)
                 if (faceNeighbor->AutoGen->Neighbors[n] == -1) faceNeighbor->AutoGen->Neighbors[n] = raw[n];
-            FaceNeighborUpdateAutoGenBoundaryCount(faceNeighbor, GetZoneData(dataSet, zone)->NodeMap);
+            FaceNeighborUpdateAutoGenBoundaryCount(faceNeighbor, GetZoneData(dataSet, target)->NodeMap);
             ValidateFaceNeighbor(faceNeighbor);
         }
         return true;
     }
 };
 
+// Values that remain of n points when every skip-th is kept, and the last one too.
+LgIndex_t pointsAfterSkip(LgIndex_t n, LgIndex_t skip) { return n <= 1 ? n : (n - 1 + skip - 1) / skip + 1; }
+
+// A title joined to the data set's with " | ", cut to the longest title.
+void appendTitle(DataSet_s *dataSet, const std::string &title) {
+    if (title.empty()) return;
+    std::string joined = dataSet->DataSetTitle != nullptr && dataSet->DataSetTitle[0] != '\0'
+                             ? std::string(dataSet->DataSetTitle) + " | " + title
+                             : title;
+    if (joined.size() > size_t(MaxDataSetTitleLength)) joined.resize(size_t(MaxDataSetTitleLength));
+    SetDatasetTitle(dataSet, joined.c_str());
+}
+
+// Items of source added to *target (made if need be); an item already there takes the new value.
+bool mergeAuxData(AuxData_s **target, AuxData_s *source) {
+    if (source == nullptr) return true;
+    if (*target == nullptr) {
+        *target = AuxDataCopy(source, false);
+        return *target != nullptr;
+    }
+    for (LgIndex_t n = 0; n < AuxDataGetNumItems(source); n++) {
+        const char *name;
+        ArbParam_t value;
+        AuxDataType_e type;
+        bool retain;
+        AuxDataGetItemByIndex(source, n, &name, &value, &type, &retain);
+        if (!AuxDataSetItem(*target, name, value, type, retain)) return false;
+    }
+    return true;
+}
+
 }  // namespace
 
-bool ReadBinaryDataFile(const char *fileName, DataSet_s **dataSetOut, DataFileExtras_s *extras) {
-    *dataSetOut = nullptr;
-    FILE *raw = nullptr;
-    if (!Open_File(&raw, fileName, true, false, false, true, false)) return false;
-    FilePtr file(raw);
-    struct stat st;
-    if (fstat(fileno(raw), &st) != 0) return false;
-    FileStream_s stream{raw, true};
-    int version = GetInputVersion(&stream);
-    if (version >= 109) return false;  // reported by GetInputVersion
-    bool supported = (version >= 40 && version <= 71) || version == 75 || (version >= 100 && version <= 108);
-    if (!supported) {
-        ErrMsg("Invalid header in binary datafile");
-        return false;
-    }
-    Reader reader{&stream, version};
-    Header_s header;
-    DataFileExtras_s localExtras;
-    if (!readHeader(reader, &header, extras != nullptr ? extras : &localExtras)) {
-        if (reader.message == nullptr) ErrMsg("Invalid header in binary datafile");
-        else if (reader.message[0] != '\0') ErrMsg("%s", reader.message);
-        return false;
-    }
+DataFileHeaderInfo_s::~DataFileHeaderInfo_s() {
+    for (ZoneSpec_s *&spec : ZoneSpecs) ZoneSpecDealloc(&spec);
+}
 
-    DataSetPtr dataSet(AllocDataSet(header.Title.c_str(), true, true));
-    if (!dataSet) return false;
-    EntIndex_t numVars = header.Zones.empty() ? 0 : EntIndex_t(header.VarNames.size());
-    for (EntIndex_t v = 0; v < numVars; v++) {
-        if (!DataSetAllocVar(dataSet.get(), v) || !DataSetAllocVarData(dataSet.get(), v, header.VarNames[size_t(v)].c_str())) {
-            ErrMsg("Out of space while allocating var names");
+bool ReadDataFileHeader(const char *fileName, int64_t offset, DataFileHeaderInfo_s *info) {
+    OpenedFile_s opened;
+    if (!openBinaryFile(fileName, offset, &opened)) return false;
+    Reader reader{&opened.Stream, opened.Version};
+    Header_s header;
+    DataFileExtras_s extras;
+    if (!readHeader(reader, &header, &extras)) return reportReaderFailure(reader, "Invalid header in binary datafile");
+    info->Version = opened.Version;
+    info->Title = header.Title;
+    info->VarNames = header.VarNames;
+    info->HasText = !extras.Texts.empty();
+    info->HasGeoms = !extras.Geoms.empty();
+    info->HasCustomLabels = !header.CustomLabels.empty();
+    for (ZoneHeader_s &zone : header.Zones) {
+        ZoneSpec_s *spec = ZoneSpecAlloc();
+        if (spec == nullptr || !CopyZoneSpec(spec, &zone.Spec)) {
+            ZoneSpecDealloc(&spec);
+            ErrMsg("Out of memory loading binary data file header");
             return false;
         }
-        GetVarSpec(dataSet.get(), v)->AuxData = header.VarAux[size_t(v)];
-        header.VarAux[size_t(v)] = nullptr;
+        info->ZoneSpecs.push_back(spec);
     }
-    dataSet->AuxData = header.DataSetAux;
-    header.DataSetAux = nullptr;
+    return true;
+}
+
+bool ReadDataFileIntoDataSet(const char *fileName, DataSet_s *dataSet, const DataFileReadPlan_s &plan,
+                             DataFileExtras_s *extras) {
+    OpenedFile_s opened;
+    if (!openBinaryFile(fileName, plan.Offset, &opened)) return false;
+    Reader reader{&opened.Stream, opened.Version};
+    Header_s header;
+    DataFileExtras_s read;
+    if (!readHeader(reader, &header, &read)) return reportReaderFailure(reader, "Invalid header in binary datafile");
+
+    appendTitle(dataSet, header.Title);
+    if (extras != nullptr) {
+        if (plan.IncludeText) std::move(read.Texts.begin(), read.Texts.end(), std::back_inserter(extras->Texts));
+        if (plan.IncludeGeom) std::move(read.Geoms.begin(), read.Geoms.end(), std::back_inserter(extras->Geoms));
+        std::move(read.UserRecs.begin(), read.UserRecs.end(), std::back_inserter(extras->UserRecs));
+    }
     for (const auto &labels : header.CustomLabels) {
+        if (!plan.IncludeCustomLabels || dataSet->NumCustomLabelSets >= MaxCustomLabelSets) break;
         StringList_s *list = StringListAlloc();
         for (const std::string &label : labels) StringListAppendString(list, label.c_str());
         dataSet->CustomLabels[dataSet->NumCustomLabelSets++] = list;
     }
-    for (size_t z = 0; z < header.Zones.size(); z++) {
-        auto zone = EntIndex_t(z);
-        if (!DataSetAllocZone(dataSet.get(), zone) ||
-            !DataSetAllocZoneData(dataSet.get(), zone, &header.Zones[z].Spec, nullptr, nullptr, nullptr, nullptr, false,
-                                  -1, false, false, true, false)) {
-            ErrMsg("Not enough memory to read the binary datafile.");
+    if (!mergeAuxData(&dataSet->AuxData, header.DataSetAux)) {
+        ErrMsg("Out of memory loading binary data file header");
+        return false;
+    }
+    if (!plan.IncludeData || header.Zones.empty()) return true;
+    for (size_t v = 0; v < header.VarNames.size(); v++) {
+        EntIndex_t var = plan.VarMap != nullptr ? (*plan.VarMap)[v] : EntIndex_t(v);
+        if (var < 0 || header.VarAux[v] == nullptr) continue;
+        if (!mergeAuxData(&GetVarSpec(dataSet, var)->AuxData, header.VarAux[v])) {
+            ErrMsg("Out of memory loading binary data file header");
             return false;
         }
     }
-    DataSectionReader data{reader, fileName, int64_t(st.st_size), dataSet.get(), header};
+
+    DataSectionReader data{reader, fileName, opened.Size, dataSet, header, plan, {}};
+    data.blocks.resize(header.Zones.size());
     for (size_t z = 0; z < header.Zones.size(); z++) {
-        if (!data.readZone(EntIndex_t(z))) {
-            if (reader.message == nullptr) ErrMsg("Binary datafile corrupted!");
-            else if (reader.message[0] != '\0') ErrMsg("%s", reader.message);
+        EntIndex_t target = data.dataSetZone(int32_t(z));
+        if (target > plan.LastZone) break;
+        if (Interrupted) return false;
+        ZoneHeader_s &zh = header.Zones[z];
+        bool load = !zh.IsPlaceholder && (plan.ZonesToLoad == nullptr || InSet(plan.ZonesToLoad, target));
+        if (load) {
+            if (dataSet->IsLocked) {
+                DataSetShowLockError("add a zone");
+                return false;
+            }
+            // Skipped indices shrink the zone; the file's numbers stay in its header.
+            ZoneSpec_s spec;
+            bool ok = CopyZoneSpec(&spec, &zh.Spec);
+            if (zh.Spec.ParentZone >= 0) spec.ParentZone = EntIndex_t(zh.Spec.ParentZone + plan.ZoneOffset);
+            if (ok && data.skipsIndices(zh.Spec)) {
+                spec.NumPtsI = pointsAfterSkip(zh.Spec.NumPtsI, plan.Skip[0]);
+                spec.NumPtsJ = pointsAfterSkip(zh.Spec.NumPtsJ, plan.Skip[1]);
+                spec.NumPtsK = pointsAfterSkip(zh.Spec.NumPtsK, plan.Skip[2]);
+                spec.ICellDim = spec.NumPtsI - 1;
+                spec.JCellDim = spec.NumPtsJ - 1;
+                spec.KCellDim = spec.NumPtsK - 1;
+                spec.FNNumBndryConns = 0;
+            }
+            ok = ok && DataSetAllocZone(dataSet, target) &&
+                 DataSetAllocZoneData(dataSet, target, &spec, nullptr, nullptr, nullptr, nullptr, false, -1, false,
+                                      false, true, false);
+            CleanoutZoneSpec(&spec);
+            if (!ok) {
+                ErrMsg("Not enough memory to read the binary datafile.");
+                return false;
+            }
+        }
+        if (!data.readZone(int32_t(z), load)) return reportReaderFailure(reader, "Binary datafile corrupted!");
+    }
+    for (size_t z = 0; z < header.Zones.size(); z++) {
+        EntIndex_t target = data.dataSetZone(int32_t(z));
+        if (data.blocks[z].Loaded && header.Zones[z].NumMiscFaceNeighbors > 0 &&
+            !data.skipsIndices(header.Zones[z].Spec) && !VerifyUserDefFNIntegrity(dataSet, target))
+            return false;
+    }
+    return true;
+}
+
+void DeleteTrailingDisabledZones(DataSet_s *dataSet) {
+    while (dataSet->NumZones > 0 && !IsZoneEnabled(dataSet, EntIndex_t(dataSet->NumZones - 1)))
+        DataSetDeleteZone(dataSet, EntIndex_t(dataSet->NumZones - 1));
+}
+
+bool ReadBinaryDataFile(const char *fileName, DataSet_s **dataSetOut, DataFileExtras_s *extras) {
+    *dataSetOut = nullptr;
+    DataFileHeaderInfo_s info;
+    if (!ReadDataFileHeader(fileName, 0, &info)) return false;
+    DataSetPtr dataSet(AllocDataSet(nullptr, true, true));
+    if (!dataSet) return false;
+    EntIndex_t numVars = info.ZoneSpecs.empty() ? 0 : EntIndex_t(info.VarNames.size());
+    for (EntIndex_t v = 0; v < numVars; v++) {
+        if (!DataSetAllocVar(dataSet.get(), v) || !DataSetAllocVarData(dataSet.get(), v, info.VarNames[size_t(v)].c_str())) {
+            ErrMsg("Out of space while allocating var names");
             return false;
         }
     }
-    for (size_t z = 0; z < header.Zones.size(); z++)
-        if (header.Zones[z].NumMiscFaceNeighbors > 0 && !header.Zones[z].IsPlaceholder &&
-            !VerifyUserDefFNIntegrity(dataSet.get(), EntIndex_t(z)))
-            return false;
-    // Placeholder zones keep the numbering of the file; they leave gaps, and gaps at the end go.
-    for (size_t z = 0; z < header.Zones.size(); z++)
-        if (header.Zones[z].IsPlaceholder) DataSetDeallocZone(dataSet.get(), EntIndex_t(z));
-    while (dataSet->NumZones > 0 && !IsZoneEnabled(dataSet.get(), EntIndex_t(dataSet->NumZones - 1)))
-        DataSetDeleteZone(dataSet.get(), EntIndex_t(dataSet->NumZones - 1));
+    DataFileExtras_s localExtras;
+    if (!ReadDataFileIntoDataSet(fileName, dataSet.get(), DataFileReadPlan_s{}, extras != nullptr ? extras : &localExtras))
+        return false;
+    DeleteTrailingDisabledZones(dataSet.get());
     *dataSetOut = dataSet.release();
     return true;
 }

@@ -75,6 +75,44 @@ struct DataFileExtras_s {
 // with the file's message, on any failure; nothing is left allocated then.
 bool ReadBinaryDataFile(const char *fileName, DataSet_s **dataSet, DataFileExtras_s *extras);
 
+// What a load needs to know of a file before it reads it: its names and zones.
+struct DataFileHeaderInfo_s {
+    int Version = 0;
+    std::string Title;
+    std::vector<std::string> VarNames;
+    std::vector<ZoneSpec_s *> ZoneSpecs;  // owned
+    bool HasText = false, HasGeoms = false, HasCustomLabels = false;
+    DataFileHeaderInfo_s() = default;
+    DataFileHeaderInfo_s(const DataFileHeaderInfo_s &) = delete;
+    DataFileHeaderInfo_s &operator=(const DataFileHeaderInfo_s &) = delete;
+    ~DataFileHeaderInfo_s();
+};
+
+// Reads the header of the binary file that begins at offset. False with the file's message.
+bool ReadDataFileHeader(const char *fileName, int64_t offset, DataFileHeaderInfo_s *info);
+
+// How one file of a load goes into the data set being built.
+struct DataFileReadPlan_s {
+    int64_t Offset = 0;                               // where the binary file begins
+    const std::vector<EntIndex_t> *VarMap = nullptr;  // by file variable: the data set's, or -1; null: the same
+    const Set_a *ZonesToLoad = nullptr;               // data set zone numbers; null: all
+    EntIndex_t ZoneOffset = 0;                        // the data set number of the file's first zone
+    EntIndex_t LastZone = MaxNumZonesOrVars - 1;      // no zone above this is read
+    LgIndex_t Skip[3] = {1, 1, 1};                    // ordered zones keep every n-th index and the last
+    bool IncludeText = true, IncludeGeom = true, IncludeCustomLabels = true, IncludeData = true;
+    bool IsTempOrRemote = false;                      // values are taken into memory at once
+};
+
+// Reads one file into a data set whose variables the caller has made: the title is joined to the
+// data set's, labels, auxiliary data, text and geometries are added, and each zone to be read
+// takes its number from the plan. A zone that is passed over leaves a gap, as does a placeholder
+// zone; a data set variable the file does not supply is passive in the file's zones. False with
+// the file's message; zones already added stay for the caller to drop with the data set.
+bool ReadDataFileIntoDataSet(const char *fileName, DataSet_s *dataSet, const DataFileReadPlan_s &plan,
+                             DataFileExtras_s *extras);
+// Deletes the disabled zones at the end of the zone list.
+void DeleteTrailingDisabledZones(DataSet_s *dataSet);
+
 struct WriteDataSetOptions_s {
     const Set_a *Zones = nullptr;  // null: all enabled
     const Set_a *Vars = nullptr;   // null: all enabled

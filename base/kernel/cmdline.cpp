@@ -22,7 +22,6 @@
 #include "base/macro/macro1.h"
 
 CommandLineState_s CommandLineState;
-const char *const BaseDataSetReaderName = "Orvanex Data Loader";
 
 namespace {
 
@@ -356,7 +355,7 @@ void PreScanCommandLine(int argc, char **argv, bool *ok) {
     QuickMacroFName = "orvanex.mcr";
     FontFName = "orvanex.fnt";
     CommandLineState = CommandLineState_s();
-    CommandLineState.DataSetReaderName = BaseDataSetReaderName;
+    CommandLineState.DataSetReaderName = OrvanexBaseDataSetReaderName;
     const char *display = getenv("DISPLAY");
     X_DisplayString = display != nullptr ? display : "";
     OrvanexExePath = argc > 0 ? executablePath(argv[0]) : std::string();
@@ -484,6 +483,20 @@ void reportMultiMacroStop(const std::vector<std::string> &files, size_t stoppedA
     ErrMsg("%s", text.c_str());
 }
 
+// The data files of the command line replace the data of the first frame, style reset.
+void readCommandLineData(const StringList_s *instructions, const std::string &readerName) {
+    ReadDataSetArgs_s args;
+    InitReadDataSetArgs(&args);
+    args.ReadDataOption = ReadDataOption_Replace;
+    args.ResetStyle = true;
+    args.DataSetReader = readerName;
+    for (LgIndex_t n = 0; n < StringListCount(instructions); n++) {
+        const char *entry = StringListGetStringRef(instructions, n);
+        args.FileNamesOrInstructions.emplace_back(entry != nullptr ? entry : "");
+    }
+    Action_ReadDataSet(args);
+}
+
 void runCommandLineMacros() {
     const std::vector<std::string> &files = CommandLineState.MacroFileNames;
     for (size_t i = 0; i < files.size(); i++) {
@@ -509,7 +522,7 @@ void ProcessCommandlineStartupOptions() {
         if (instructions == nullptr)
             ErrMsg("Unable to process command line data set instructions.");
         else
-            Action_ReadDataSet(instructions, state.DataSetReaderName);
+            readCommandLineData(instructions, state.DataSetReaderName);
         StringListDealloc(&instructions);
     }
     if (state.LayoutWasNamed) {

@@ -22,9 +22,6 @@ struct CommandLineState_s {
 
 extern CommandLineState_s CommandLineState;
 
-// Name of the reader of the system's own data files.
-extern const char *const BaseDataSetReaderName;
-
 // Takes the home directory from ORVZ9HOME, ORV110HOME or ORVHOME.
 void ProcessEnvironmentVariables();
 // Looks only for -C, -H, -QM, -NOSTDADDONS and -DEFINE; clears ok on a missing value.

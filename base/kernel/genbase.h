@@ -19,6 +19,8 @@ struct GeneralBase_s {
 
     int InterruptCheckingFrequency = 100;  // INTERRUPTCHECKINGFREQUENCY, milliseconds
     bool AllowDataSharing = true;          // $!COMPATIBILITY ALLOWDATASHARING
+    int DataFileVarLoadMode = 1;           // $!FILECONFIG DATAFILEVARLOADMODE: 0 BYNAME, 1 BYPOSITION
+    bool AssignStrandIDs = true;           // $!FILECONFIG ASSIGNSTRANDIDS
 
     // load on demand and memory (the file configuration)
     bool UseMemoryMappedIO = true;               // USEMEMORYMAPPEDIO

@@ -3,7 +3,6 @@
 #include "base/kernel/errors.h"
 
 void InitializeInternalMacroSettings() {}
-void RegisterBuiltInDataSetReaders() {}
 void ClearExtendedCurveFits() {}
 void InitRawUserColorMap() {}
 void ResetStateChangeState() {}

@@ -10,7 +10,6 @@ struct StringList_s;
 
 // start-up, phase 1
 void InitializeInternalMacroSettings();
-void RegisterBuiltInDataSetReaders();
 void ClearExtendedCurveFits();
 void InitRawUserColorMap();
 void ResetStateChangeState();

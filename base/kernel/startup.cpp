@@ -27,6 +27,7 @@
 #include "base/kernel/paths.h"
 #include "base/kernel/phyfile.h"
 #include "base/kernel/scratch.h"
+#include "base/data/readdataset.h"
 #include "base/kernel/seams.h"
 #include "base/kernel/strutil.h"
 #include "base/kernel/tempdir.h"
@@ -283,6 +284,7 @@ void FinalizeShutdown() {
     MopupAuxFiles();
 
     MopupAddOns();
+    MopupDataSetReaders();
     FormatStringBufferCleanup();
     RemoveTempDirectory();
 

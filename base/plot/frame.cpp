@@ -9,7 +9,12 @@
 
 #include "base/data/datahooks.h"
 #include "base/data/dataset.h"
+#include "base/data/datautil.h"
 #include "base/data/derived.h"
+#include "base/data/strand.h"
+#include "base/kernel/errors.h"
+#include "base/kernel/statechg.h"
+#include "base/plot/solntime.h"
 
 Frame_s *CurFrame = nullptr;
 
@@ -102,6 +107,96 @@ bool AttachDataSetToCurFrame(DataSet_s *dataSet) {
     DetachDataSetFromFrame(CurFrame);
     CurFrame->DataSet = dataSet;
     CurFrame->ZoneList = FrameZoneListAlloc();
+    return true;
+}
+
+Frame_s::~Frame_s() { DeallocSet(&ActiveRelevantZones); }
+
+PlotType_e DetermineBestPlotTypeForDataSet(const DataSet_s *dataSet) {
+    if (dataSet == nullptr || IsEmpty(dataSet->EnabledZones)) return PlotType_Sketch;
+    bool surface = false;
+    for (SetIndex_t z = GetNextMember(dataSet->EnabledZones, -1); z >= 0; z = GetNextMember(dataSet->EnabledZones, z)) {
+        const ZoneSpec_s *spec = GetZoneSpec(dataSet, EntIndex_t(z));
+        if (spec->Type == ZoneType_FETetra || spec->Type == ZoneType_FEBrick ||
+            (spec->Type == ZoneType_Ordered && spec->NumPtsI > 1 && spec->NumPtsJ > 1 && spec->NumPtsK > 1))
+            return PlotType_Cartesian3D;
+        if (spec->Type != ZoneType_Ordered ||
+            (spec->NumPtsI > 1) + (spec->NumPtsJ > 1) + (spec->NumPtsK > 1) >= 2)
+            surface = true;
+    }
+    return surface ? PlotType_Cartesian2D : PlotType_XYLine;
+}
+
+namespace {
+
+// A frame's time starts at the data's first time.
+void startFrameTime(Frame_s *frame) {
+    double min, max;
+    GetSolutionTimeMinMaxForAllStrands(frame, &min, &max);
+    frame->TimeSteps.clear();
+    frame->AnimStartFollowsData = frame->AnimEndFollowsData = true;
+    frame->SolutionTime = min;
+    UpdateGlobalTimeScratchFlags(frame);
+    UpdateFrameFlagsOnSolutionTimeChange(frame);
+}
+
+}  // namespace
+
+bool AttachDataSetToCurFrame(DataSet_s **dataSet, ReadDataOption_e option, bool assignStrandIDs,
+                             bool addZonesToExistingStrands, bool resetStyle, PlotType_e initialPlotType,
+                             bool initialPlotFirstZoneOnly) {
+    if (CurFrame == nullptr || dataSet == nullptr || *dataSet == nullptr) return false;
+    DataSet_s *incoming = *dataSet;
+    DataSet_s *present = CurFrame->DataSet;
+    if (!resetStyle && present != nullptr && option != ReadDataOption_Append && AnyActiveStrands(CurFrame)) {
+        ErrMsg("Orvanex cannot load data and retain plot style if the current style has strands.");
+        return false;
+    }
+    // The incoming zones get their strands with the incoming data's own tolerance.
+    if (!AssignStrandIDs(incoming, assignStrandIDs)) {
+        ErrMsg("Out of memory while assigning strands.");
+        return false;
+    }
+    if (option == ReadDataOption_Append && present != nullptr) {
+        EntIndex_t firstNew = present->NumZones;
+        if (!ConcatDataSets(present, incoming, addZonesToExistingStrands, true)) return false;
+        DeallocDataSet(dataSet);
+        for (EntIndex_t z = firstNew; z < present->NumZones; z++)
+            if (IsZoneEnabled(present, z) && GetZoneSpec(present, z)->StrandID >= 0)
+                MarkStrandInfoAsInvalid(present, GetZoneSpec(present, z)->StrandID);
+        for (int n = 0; n < FrameStackCount(); n++) {
+            Frame_s *frame = FrameStackGet(n);
+            if (frame->DataSet != present) continue;
+            if (frame->ZoneList != nullptr)
+                FrameZoneListEnsureSize(frame->ZoneList, present->NumZones, present->NumVars);
+            UpdateGlobalTimeScratchFlags(frame);
+            UpdateFrameFlagsOnSolutionTimeChange(frame);
+        }
+        StateChangeInfo_s info;
+        StateChanged(StateChange_ZonesAdded, &info);
+        return true;
+    }
+    PlotType_e plotType = CurFrame->PlotType;
+    if (IsEmpty(incoming->EnabledZones))
+        plotType = PlotType_Sketch;
+    else if (resetStyle || present == nullptr)
+        plotType = initialPlotType == PlotType_Automatic ? DetermineBestPlotTypeForDataSet(incoming) : initialPlotType;
+    // New: this frame only. Replace: every frame that held the old data set.
+    std::vector<Frame_s *> takers{CurFrame};
+    if (option == ReadDataOption_Replace && present != nullptr)
+        for (int n = 0; n < FrameStackCount(); n++)
+            if (FrameStackGet(n) != CurFrame && FrameStackGet(n)->DataSet == present) takers.push_back(FrameStackGet(n));
+    for (Frame_s *frame : takers) {
+        frame->DataSet = incoming;
+        FrameZoneListDealloc(&frame->ZoneList);
+        frame->ZoneList = FrameZoneListAlloc();
+        frame->InitialPlotFirstZoneOnly = initialPlotFirstZoneOnly;
+        startFrameTime(frame);
+    }
+    if (present != nullptr && DataSetReferenceCount(present) == 0) DeallocDataSet(&present);
+    *dataSet = nullptr;
+    CurFrame->PlotType = plotType;
+    StateChanged(StateChange_DataSetReset, nullptr);
     return true;
 }
 

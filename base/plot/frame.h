@@ -11,6 +11,20 @@
 
 struct DataSet_s;
 struct FrameZoneList_s;
+struct Set_a;
+
+enum PlotType_e : int16_t {
+    PlotType_Automatic = 0,  // only as a request, never held by a frame
+    PlotType_Cartesian3D = 1,
+    PlotType_Cartesian2D = 2,
+    PlotType_XYLine = 3,
+    PlotType_Sketch = 4,
+    PlotType_PolarLine = 5
+};
+
+// How a loaded data set reaches frames: NEW only this frame, APPEND onto its data set, REPLACE in
+// every frame that shares the old data set.
+enum ReadDataOption_e : int16_t { ReadDataOption_New = 0, ReadDataOption_Append = 1, ReadDataOption_Replace = 2 };
 
 struct Frame_s {
     std::string Name;
@@ -21,6 +35,21 @@ struct Frame_s {
     // are drawn.
     std::vector<Text_s> Texts;
     std::vector<Geom_s> Geoms;
+    PlotType_e PlotType = PlotType_Sketch;
+    bool InitialPlotFirstZoneOnly = false;
+
+    // Solution time: the frame's time, its time steps and the animation range.
+    double SolutionTime = 0.0;
+    std::vector<double> TimeSteps;  // sorted; times within the tolerance are one step
+    double AnimStartTime = 0.0, AnimEndTime = 0.0;
+    bool AnimStartFollowsData = true, AnimEndFollowsData = true;
+    int32_t AnimStartStep = 0, AnimEndStep = 0;
+    Set_a *ActiveRelevantZones = nullptr;  // cached; null until asked for
+
+    Frame_s() = default;
+    Frame_s(const Frame_s &) = delete;
+    Frame_s &operator=(const Frame_s &) = delete;
+    ~Frame_s();
 };
 
 // The current frame; null before the first frame exists.
@@ -36,6 +65,16 @@ Frame_s *FrameStackGet(int position);
 
 // The current frame takes the data set (one more reference to it).
 bool AttachDataSetToCurFrame(DataSet_s *dataSet);
+// A loaded data set reaches the frames. NEW gives it to the current frame only, REPLACE to every
+// frame that held the current frame's data set; both free the old one when no frame keeps it.
+// APPEND joins its zones onto the current data set and frees the record. Strands are assigned
+// first. On success *dataSet is null (taken over); on failure it is left to the caller.
+bool AttachDataSetToCurFrame(DataSet_s **dataSet, ReadDataOption_e option, bool assignStrandIDs,
+                             bool addZonesToExistingStrands, bool resetStyle, PlotType_e initialPlotType,
+                             bool initialPlotFirstZoneOnly);
+// Sketch with no zones; Cartesian3D at the first volume zone; Cartesian2D with a surface or FE
+// zone; else XYLine.
+PlotType_e DetermineBestPlotTypeForDataSet(const DataSet_s *dataSet);
 // The frame lets go of its data set; the data set is freed with its last reference.
 void DetachDataSetFromFrame(Frame_s *frame);
 // The frame's derived-value list, sized for its data set (mainline only).

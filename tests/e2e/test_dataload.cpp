@@ -46,6 +46,20 @@ TEST(CommandLineData, BinaryFilesLoadAndJoin) {
     EXPECT_EQ(joined.exitCode, 0);
     EXPECT_TRUE(errorLines(s.read("batch.log")).empty()) << s.read("batch.log");
     EXPECT_NE(joined.err.find("Opening File: " + s.path("b.plt")), std::string::npos) << joined.err;
+    // By position the files share the variables that all of them have.
+    writeDataFile(s.path("three.plt"), 3);
+    RunResult uneven = s.run({"-b", "run.mcr", "a.plt+three.plt"});
+    EXPECT_EQ(uneven.exitCode, 0);
+    EXPECT_TRUE(errorLines(s.read("batch.log")).empty()) << s.read("batch.log");
+}
+
+TEST(CommandLineData, UnknownReaderIsTold) {
+    Scratch s;
+    s.write("run.mcr", kMacro);
+    writeDataFile(s.path("a.plt"), 2);
+    RunResult r = s.run({"-b", "run.mcr", "-datasetreader", "NOPE", "a.plt"});
+    EXPECT_EQ(r.exitCode, 0);
+    EXPECT_TRUE(HoldsMessage(s.read("batch.log"), "Err: Unknown DataSet Reader: NOPE")) << s.read("batch.log");
 }
 
 TEST(CommandLineData, TextFilesAreConvertedAndLoaded) {
@@ -76,8 +90,7 @@ TEST(CommandLineData, FailuresAreToldInTheLog) {
         {"missing.plt", "Err: Filename Error: File does not exist."},
         {"bad.dat", "Err: Err:  Expecting a value after location I,J,K,Var = 3,1,1,1\n\nError occurred on line 3 near "
                     "position\nmarked with \"@\" below:\n\n1 2 @x"},
-        {"two.plt+three.plt", "Err: Invalid data sets for concatenation.  The source and destination data sets do not "
-                              "have the same number of variables."},
+        {"x.SKIP.plt", "Err: No files were selected"},
     };
     for (const Case &c : cases) {
         RunResult r = s.run({"-b", "run.mcr", c.file});
