@@ -35,6 +35,7 @@ bench: release
 	$(RELEASE_DIR)/bin/orvanex_bench_face
 	$(RELEASE_DIR)/bin/orvanex_bench_dataio /tmp
 	./bench/fenrow.sh $(RELEASE_DIR)/bin
+	$(RELEASE_DIR)/bin/orvanex_bench_loadflow /tmp
 
 # Fuzzes the binary data file reader and the text converter for FUZZ_SECONDS (default 60) each,
 # from the seed files in tests/fuzz.

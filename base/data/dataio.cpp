@@ -747,15 +747,18 @@ struct DataSectionReader {
         b.Offsets.assign(size_t(numVars), -1);
         b.ValueOffsetInPoint.assign(size_t(numVars), 0);
         if (spec.IsBlock) {
+            // The blocks follow one another: their offsets are summed, and one seek passes them all.
+            int64_t offset = ftello(r.stream->File);
+            int64_t start = offset;
             for (EntIndex_t v = 0; v < numVars; v++) {
                 if (!isStored(b, v)) continue;
-                int64_t offset = ftello(r.stream->File);
                 int64_t bytes = FieldDataGetBytesNeeded(valuesInFile(spec, zh.Locations[size_t(v)], r.version),
                                                         b.Types[size_t(v)]);
-                if (!seekPast(offset, bytes)) return false;
+                if (offset + bytes > fileSize) return fail("Data file appears to be truncated.");
                 b.Offsets[size_t(v)] = offset;
+                offset += bytes;
             }
-            return true;
+            return seekPast(start, offset - start);
         }
         for (EntIndex_t v = 0; v < numVars; v++) {
             if (!isStored(b, v)) continue;

@@ -167,8 +167,6 @@ bool AttachDataSetToCurFrame(DataSet_s **dataSet, ReadDataOption_e option, bool 
         for (int n = 0; n < FrameStackCount(); n++) {
             Frame_s *frame = FrameStackGet(n);
             if (frame->DataSet != present) continue;
-            if (frame->ZoneList != nullptr)
-                FrameZoneListEnsureSize(frame->ZoneList, present->NumZones, present->NumVars);
             UpdateGlobalTimeScratchFlags(frame);
             UpdateFrameFlagsOnSolutionTimeChange(frame);
         }
