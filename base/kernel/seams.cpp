@@ -15,7 +15,6 @@ void ModernizeFrameDefaults() {}
 void InitCZData() {}
 void InitCZInfo() {}
 void InitLineMapInfo() {}
-bool InitMacros() { return true; }
 bool UndoStateInitialize() { return true; }
 void PushPaperView() {}
 void SaveInitialWorkspaceSettings() {}
@@ -51,7 +50,6 @@ bool Action_LoadAddOn(const std::string &addOnName) {
     return false;
 }
 
-bool RunAddOnListFile(const std::string &) { return true; }
 
 void FinishExportRecording() {}
 void EndUnstableMouseMode() {}

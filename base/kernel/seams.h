@@ -22,7 +22,6 @@ void ModernizeFrameDefaults();
 void InitCZData();
 void InitCZInfo();
 void InitLineMapInfo();
-bool InitMacros();
 bool UndoStateInitialize();
 void PushPaperView();
 void SaveInitialWorkspaceSettings();
@@ -44,7 +43,6 @@ bool Action_OpenLayout(const std::string &layoutFileName, const StringList_s *al
 bool Action_LoadColorMap(const std::string &fileName);
 bool Action_ReadStylesheet(const std::string &fileName);
 bool Action_LoadAddOn(const std::string &addOnName);
-bool RunAddOnListFile(const std::string &fileName);
 
 // shutdown
 void FinishExportRecording();

@@ -80,6 +80,9 @@ void Gr_Mopup() {
     WritePhysicalDisplayFile(PhysicalDisplayFileName(), PhysicalDisplay);
 }
 
+// The add-on list file: a macro of $!LOADADDON commands.
+void RunAddOnListFile(const std::string &fileName) { LoadAndRunMacro(fileName.c_str(), false, false, false, false); }
+
 void InitializeAddOns() {
     std::string standardFile;
     bool ranStandard = false;
@@ -131,7 +134,8 @@ void ReadInConfigFile() {
         ErrMsg("Configuration file is out of date.  Using factory defaults.");
     else if (version > MacroVersionCurrent)
         ErrMsg("Configuration file is for a newer version of Orvanex.  Using factory defaults.");
-    // A good file's commands run once the macro language can run them.
+    else
+        RunConfigurationFile(path.c_str());
 }
 
 bool InitOrvanex(int argc, char **argv) {

@@ -1,0 +1,65 @@
+// Action commands of macros: the options behind an action's name are read into one record (the
+// positional argument, then each named option with its value), checked against what the action
+// accepts and requires, and handed to the action's handler, which calls the Action_ operation.
+// Relies on: macrocomp (scanning), vocab (the option tables), the Action_ operations.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "base/kernel/set.h"
+#include "base/kernel/types.h"
+#include "base/macro/macrocomp.h"
+
+// One named option of an action command, as read.
+struct ActionOptionValue_s {
+    int Row = -1;        // the option (an alias is stored as the option it stands for)
+    int ParentRow = -1;  // the parent option whose block holds it, or -1
+    int Kind = 0;        // SetValueKind_e or an enumerated set
+    double Double = 0.0;
+    LgIndex_t Integer = 0;  // integers, colours and enumerated values
+    std::string Text;       // strings
+    Set_a *Set = nullptr;   // sets (owned)
+    AssignOp_e Op = AssignOp_Equals;
+    std::string Block;      // the compressed text of a parent block that the handler reads itself
+};
+
+// An action command read from its compressed text.
+struct ActionCommand_s {
+    int Action = -1;
+    int Line = 0;
+    const char *Command = nullptr;  // the whole compressed command, for messages
+    const char *RawData = nullptr;
+    std::vector<std::string> Parameters;  // of the running macro function call
+    // The positional argument, by the action's form.
+    std::string String;
+    LgIndex_t Integer = 0;
+    std::string Variable;
+    Set_a *Set = nullptr;
+    int Mandatory = -1;
+    int Group = 1;
+    std::vector<ActionOptionValue_s> Options;
+
+    ActionCommand_s() = default;
+    ActionCommand_s(const ActionCommand_s &) = delete;
+    ActionCommand_s &operator=(const ActionCommand_s &) = delete;
+    ~ActionCommand_s();
+
+    // The option, or null if the command does not give it.
+    const ActionOptionValue_s *find(int row, int parentRow = -1) const;
+    bool flag(int row, bool defaultValue, int parentRow = -1) const;
+    double number(int row, double defaultValue, int parentRow = -1) const;
+    LgIndex_t integer(int row, LgIndex_t defaultValue, int parentRow = -1) const;
+    // Reports through ErrBadMacro and gives false (for handlers).
+    bool fail(const std::string &message) const;
+};
+
+// Reads the options of an action behind its name (text points there), checks them and runs the
+// action's handler.
+bool ProcessActionCommand(int action, const char *text, int line, const char *command, const char *rawData,
+                          const std::vector<std::string> &parameters);
+// Reads the command without running it (for tests and for the journal of loads).
+bool ParseActionCommand(int action, const char *text, int line, const char *command, ActionCommand_s *parsed);
+
+// The file names of a $!READDATASET command of a journal (compressed or as text).
+bool ExtractFileNamesFromLoadCommand(const char *command, std::vector<std::string> *names);
