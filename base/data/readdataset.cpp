@@ -171,7 +171,8 @@ bool expandOneVariableDataSet(DataSet_s *dataSet) {
     static const char *const indexNames[3] = {"I", "J", "K"};
     for (int d = 0; d < dimensions; d++) {
         auto var = EntIndex_t(d);
-        if (!DataSetInsertVar(dataSet, var) || !DataSetAllocVarData(dataSet, var, indexNames[d])) {
+        if (!DataSetInsertVar(dataSet, var) || !DataSetAllocVar(dataSet, var) ||
+            !DataSetAllocVarData(dataSet, var, indexNames[d])) {
             ErrMsg("Out of memory while expanding a one variable data set.");
             return false;
         }

@@ -184,7 +184,7 @@ bool openInclude(const char *command, int line, int depth, OpenFile_s *opened) {
     }
     std::string fileName = name;
     newfree(name);
-    if (depth >= 5) {
+    if (depth >= 4) {  // four includes may nest below the main file
         ErrBadMacro("Too many nested includes", line, command, true);
         return false;
     }

@@ -691,7 +691,7 @@ bool ExpandMacroVars(const char *command, int line, const std::vector<std::strin
         std::string value, error;
         IntrinsicResult_e result = valueOfReference(text, parameters, &value, &error);
         if (result != Intrinsic_Found) {
-            if (quote != 0) {  // not a reference after all: the bar is text
+            if (quote != 0 && result == Intrinsic_Unknown) {  // not a reference after all: the bar is text
                 expanded->push_back(c);
                 p++;
                 continue;

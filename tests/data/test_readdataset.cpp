@@ -443,6 +443,7 @@ TEST_F(ReadDataSetTest, OneVariableFileGetsIndexCoordinates) {
     for (int n = 0; n < 300; n++) text += std::to_string(n * 2) + "\n";
     loadOk({write("p.dat", text)});
     ASSERT_EQ(dataSet()->NumVars, 2);
+    EXPECT_EQ(MemberCount(dataSet()->EnabledVars), 2);
     EXPECT_EQ(varName(0), "I");
     EXPECT_EQ(varName(1), "P");
     EXPECT_EQ(GetNativeFieldDataPtr(dataSet(), 0, 0)->Type, FieldDataType_ShortInt);

@@ -1,0 +1,331 @@
+// Macros run by the launcher in batch mode: control flow, functions, includes, variables and
+// expressions, the limits and error messages of the language, and data loads driven by
+// $!READDATASET. Values are shown with the developer word $!INTERNAL "ECHO ...", which writes its
+// (expanded) text to the batch log.
+#include <gtest/gtest.h>
+
+#include "e2e/harness.h"
+
+namespace {
+
+// Runs the macro body (a header is put in front) and gives the lines the run added to the log
+// after its fixed opening lines.
+struct MacroRun {
+    RunResult result;
+    std::string log;
+};
+
+MacroRun runMacro(Scratch &s, const std::string &body, std::vector<std::string> extra = {}) {
+    s.write("run.mcr", "#!MC 1100\n" + body);
+    std::vector<std::string> args{"-b", "run.mcr"};
+    args.insert(args.end(), extra.begin(), extra.end());
+    MacroRun run;
+    run.result = s.run(args);
+    run.log = s.read("batch.log");
+    return run;
+}
+
+// The ECHO lines of a log, in order.
+std::vector<std::string> echoes(const std::string &log) {
+    std::vector<std::string> lines;
+    for (const std::string &line : Lines(log))
+        if (line.rfind("= ", 0) == 0) lines.push_back(line.substr(2));
+    return lines;
+}
+
+std::string echo(const std::string &text) { return "$!INTERNAL \"ECHO = " + text + "\"\n"; }
+
+// ---- control flow -------------------------------------------------------------------------
+
+TEST(MacroE2E, LoopsConditionsAndWhile) {
+    Scratch s;
+    MacroRun run = runMacro(s, "$!VARSET |A| = 0\n"
+                               "$!LOOP 4\n"
+                               "  $!IF |LOOP| == 2\n"
+                               "    $!CONTINUE\n"
+                               "  $!ELSEIF |LOOP| == 4\n"
+                               "    $!BREAK\n"
+                               "  $!ELSE\n"
+                               "    $!VARSET |A| += |LOOP|\n"
+                               "  $!ENDIF\n"
+                               "$!ENDLOOP\n" +
+                                   echo("|A|") +
+                                   "$!LOOP 0\n" + echo("never") + "$!ENDLOOP\n"
+                                   "$!LOOP -1\n" + echo("never") + "$!ENDLOOP\n"
+                                   "$!VARSET |W| = 1\n"
+                                   "$!WHILE |W| < 100\n  $!VARSET |W| *= 3\n$!ENDWHILE\n" +
+                                   echo("|W|") + "$!IF \"a\" == \"A\"\n" + echo("case-blind") + "$!ENDIF\n");
+    EXPECT_EQ(run.result.exitCode, 0);
+    EXPECT_EQ(echoes(run.log), (std::vector<std::string>{"4", "243", "case-blind"})) << run.log;
+}
+
+TEST(MacroE2E, NestedLoopsUpToTenAndTheEleventhRefused) {
+    Scratch s;
+    std::string open, close;
+    for (int n = 0; n < 10; n++) {
+        open += "$!LOOP 2\n";
+        close += "$!ENDLOOP\n";
+    }
+    MacroRun ten = runMacro(s, "$!VARSET |N| = 0\n" + open + "$!VARSET |N| += 1\n" + close + echo("|N|"));
+    EXPECT_EQ(echoes(ten.log), (std::vector<std::string>{"1024"})) << ten.log;
+    MacroRun eleven = runMacro(s, open + "$!LOOP 2\n$!VARSET |N| += 1\n$!ENDLOOP\n" + close + echo("after"));
+    EXPECT_TRUE(HoldsMessage(eleven.log, "Err: Too many nested loops\n\nError occurred in $! command\nstarting on line 12:"))
+        << eleven.log;
+    EXPECT_TRUE(echoes(eleven.log).empty());
+}
+
+TEST(MacroE2E, FunctionsTakeParametersAndNestToEightLevels) {
+    Scratch s;
+    MacroRun run = runMacro(s, "$!MACROFUNCTION NAME = \"Join\"\n"
+                               "  $!VARSET |J| = \"|1|-|2|\"\n"
+                               "  $!LOOP 3\n    $!IF |LOOP| == 2\n      $!BREAK\n    $!ENDIF\n  $!ENDLOOP\n"
+                               "$!ENDMACROFUNCTION\n"
+                               "$!MACROFUNCTION NAME = \"Third\"\n" + echo("|3|") + "$!VARSET |Z| = |3|\n" +
+                                   "$!ENDMACROFUNCTION\n"
+                                   "$!RUNMACROFUNCTION \"JOIN\" (\"a b\", c )\n" +
+                                   echo("|J|") + "$!RUNMACROFUNCTION \"Third\" (1, 2)\n");
+    // |3| with only two parameters: in a string it stays as text, outside one it fails.
+    EXPECT_EQ(echoes(run.log), (std::vector<std::string>{"a b-c", "|3|"})) << run.log;
+    EXPECT_TRUE(HoldsMessage(run.log, "Err: Invalid or undefined macro variable.")) << run.log;
+
+    std::string functions;
+    for (int n = 1; n <= 9; n++) {
+        functions += "$!MACROFUNCTION NAME = \"F" + std::to_string(n) + "\"\n";
+        if (n < 9) functions += "$!RUNMACROFUNCTION \"F" + std::to_string(n + 1) + "\"\n";
+        functions += "$!ENDMACROFUNCTION\n";
+    }
+    MacroRun deep = runMacro(s, functions + "$!RUNMACROFUNCTION \"F2\"\n" + echo("eight deep") +
+                                    "$!RUNMACROFUNCTION \"F1\"\n" + echo("never"));
+    EXPECT_EQ(echoes(deep.log), (std::vector<std::string>{"eight deep"})) << deep.log;
+    EXPECT_TRUE(HoldsMessage(deep.log, "Err: Too many nested macro calls")) << deep.log;
+    EXPECT_TRUE(HoldsMessage(deep.log, "Call Traceback:")) << deep.log;
+
+    MacroRun recursive = runMacro(s, "$!MACROFUNCTION NAME = \"R\"\n$!RUNMACROFUNCTION \"r\"\n$!ENDMACROFUNCTION\n"
+                                     "$!RUNMACROFUNCTION \"R\"\n");
+    EXPECT_TRUE(HoldsMessage(recursive.log, "Err: Recursive Macro Function Calls Not Allowed")) << recursive.log;
+    MacroRun missing = runMacro(s, "$!RUNMACROFUNCTION \"nope\"\n");
+    EXPECT_TRUE(HoldsMessage(missing.log, "Err: Invalid Macro Function Name: nope")) << missing.log;
+}
+
+TEST(MacroE2E, IncludesNestFourDeepAndUseTheMacroPath) {
+    Scratch s;
+    for (int n = 1; n <= 5; n++) {
+        std::string body = "#!MC 1100\n$!VARSET |DEPTH| = " + std::to_string(n) + "\n";
+        if (n < 5) body += "$!INCLUDEMACRO \"|MACROFILEPATH|/inc" + std::to_string(n + 1) + ".mcr\"\n";
+        s.write("inc" + std::to_string(n) + ".mcr", body);
+    }
+    s.write("four.mcr", "#!MC 1100\n$!VARSET |DEPTH| = 4\n");
+    s.write("inc4.mcr", "#!MC 1100\n$!VARSET |DEPTH| = 4\n");
+    MacroRun four = runMacro(s, "$!INCLUDEMACRO \"|MACROFILEPATH|/inc1.mcr\"\n" + echo("|DEPTH|"));
+    EXPECT_EQ(echoes(four.log), (std::vector<std::string>{"4"})) << four.log;
+
+    s.write("inc4.mcr", "#!MC 1100\n$!INCLUDEMACRO \"|MACROFILEPATH|/inc5.mcr\"\n");
+    MacroRun five = runMacro(s, "$!INCLUDEMACRO \"|MACROFILEPATH|/inc1.mcr\"\n" + echo("|DEPTH|"));
+    EXPECT_TRUE(HoldsMessage(five.log, "Too many nested includes")) << five.log;
+    EXPECT_TRUE(echoes(five.log).empty()) << "a load error runs nothing";
+
+    s.write("bad.mcr", "not a macro\n");
+    MacroRun bad = runMacro(s, "$!INCLUDEMACRO \"|MACROFILEPATH|/bad.mcr\"\n");
+    EXPECT_TRUE(HoldsMessage(bad.log, "INCLUDEMACRO file has invalid header")) << bad.log;
+    MacroRun gone = runMacro(s, "$!INCLUDEMACRO \"|MACROFILEPATH|/gone.mcr\"\n");
+    EXPECT_TRUE(HoldsMessage(gone.log, "Cannot open File in INCLUDEMACRO Command")) << gone.log;
+}
+
+TEST(MacroE2E, FlowCheckRunsNothingWhenControlWordsDoNotMatch) {
+    Scratch s;
+    struct Case {
+        std::string body, message;
+    };
+    const std::vector<Case> cases = {
+        {"$!IF 1 == 1\n", "Cannot Find Matching ENDIF"},
+        {"$!ENDIF\n", "Cannot Find Matching IF"},
+        {"$!LOOP 2\n$!ENDWHILE\n", "Cannot Find Matching WHILE"},
+        {"$!ELSE\n", "ELSE or ELSEIF Unexpected"},
+        {"$!IF 1 == 1\n$!ELSE\n$!ELSEIF 1 == 2\n$!ENDIF\n", "ELSE or ELSEIF Unexpected"},
+        {"$!ENDMACROFUNCTION\n", "ENDMACROFUNCTION Encountered Before MACROFUNCTION"},
+        {"$!MACROFUNCTION NAME = \"A\"\n$!MACROFUNCTION NAME = \"B\"\n", "Cannot Nest Macro Function Definitions"},
+        {"$!BREAK\n", "BREAK is not allowed outside of the context of a LOOP or a WHILE construct."},
+    };
+    for (const Case &c : cases) {
+        MacroRun run = runMacro(s, echo("before") + c.body);
+        EXPECT_TRUE(HoldsMessage(run.log, c.message)) << c.body << run.log;
+        if (c.body != "$!BREAK\n") {
+            EXPECT_TRUE(echoes(run.log).empty()) << c.body;
+        }
+    }
+}
+
+// ---- variables and expressions ------------------------------------------------------------
+
+TEST(MacroE2E, VariableFormatsDefaultsAndQuotes) {
+    Scratch s;
+    s.setEnv("ORVANEX_TEST_ENV", "from env");
+    MacroRun run = runMacro(s, "$!VARSET |A| = 3.14159\n"
+                               "$!VARSET |Q| = '\"x\"'\n"
+                               "$!VARSET |S| = \"abcdefghij\"\n" +
+                                   echo("|A%.2f| |A%5d| |B:=5| |A:=5| |$ORVANEX_TEST_ENV| |S[++4]|") +
+                                   "$!VARSET |T| = \"|Q|\"\n$!INTERNAL 'ECHO = |T|'\n" + "$!VARSET |N| = (1/3)\n" + echo("|N|") +
+                                   echo("|S%3d|"));
+    std::vector<std::string> got = echoes(run.log);
+    ASSERT_GE(got.size(), 3u) << run.log;
+    EXPECT_EQ(got[0], "3.14     3 5 3.14159 from env abcd...");
+    EXPECT_EQ(got[1], "\"x\"");  // the outer quotes changed so that the string stayed whole
+    EXPECT_EQ(got[2], "0.333333333333333");
+    EXPECT_TRUE(HoldsMessage(run.log, "Err: Invalid format specified for value formatting.")) << run.log;
+}
+
+TEST(MacroE2E, ExpressionsFollowPrecedenceAndReportErrors) {
+    Scratch s;
+    MacroRun run = runMacro(s, "$!VARSET |A| = ((1<2 ? 3 : 4) + 1)\n$!VARSET |B| = (-2^2)\n$!VARSET |C| = (2^3^2)\n"
+                               "$!VARSET |D| = (max(2, 7) % 4 + sqrt(16) * -1)\n" +
+                                   echo("|A| |B| |C| |D|") + "$!VARSET |E| = (7 % 0)\n" + echo("never"));
+    EXPECT_EQ(echoes(run.log), (std::vector<std::string>{"4 -4 512 -1"})) << run.log;
+    EXPECT_TRUE(HoldsMessage(run.log, "Expecting a non-zero denominator.")) << run.log;
+    EXPECT_TRUE(HoldsMessage(run.log, "starting on line 7:")) << run.log;
+}
+
+TEST(MacroE2E, AssignmentRulesAndTheirMessages) {
+    Scratch s;
+    struct Case {
+        std::string body, message;
+    };
+    const std::vector<Case> cases = {
+        {"$!VARSET |LOOP| = 1\n", "Invalid Variable Reference On Left-Hand Side"},
+        {"$!VARSET |1| = 1\n", "Not allowed to assign values to macro parameters"},
+        {"$!VARSET |A| = 2\n$!VARSET |A| /= 0\n", "Overflow or Underflow"},
+        {"$!REMOVEVAR |NOTHERE|\n", "Invalid or undefined Variable name"},
+        {"$!VARSET |ABCDEFGHIJABCDEFGHIJABCDEFGHIJK| = 1\n", "Macro Variable Name Too Long"},
+        {"$!LOOP X\n$!ENDLOOP\n", "Bad Loop"},
+        {"$!VARSET |A| = |UNDEFINEDTHING|\n", "Invalid or undefined macro variable."},
+        {"$!VARSET |A| = |LOOP|\n", "LOOP value is undefined outside of a loop."},
+        {"$!VIEW FITX\n", "Expecting One of: "},
+        {"$!VIEW FIT\n", "$!VIEW is not available yet."},
+        {"$!WRITEDATASET \"x.plt\" RESETSTYLE = YES\n", "Invalid option \"RESETSTYLE\"\nfor command: \"WRITEDATASET\""},
+        {"$!DUPLICATEZONE\n", "Missing SOURCEZONE sub-option(s) in $!DUPLICATEZONE Command."},
+        {"$!FIELD SHOWMESH = YES\n", "$!FIELD is not available yet."},
+    };
+    for (const Case &c : cases) {
+        MacroRun run = runMacro(s, c.body + echo("after"));
+        EXPECT_TRUE(HoldsMessage(run.log, c.message)) << c.body << run.log;
+        EXPECT_TRUE(echoes(run.log).empty()) << c.body << run.log;
+        EXPECT_EQ(run.result.exitCode, 0);
+    }
+    // A division by zero leaves the variable as it was.
+    MacroRun kept = runMacro(s, "$!MACROFUNCTION NAME = \"D\"\n$!VARSET |A| /= 0\n$!ENDMACROFUNCTION\n"
+                                "$!VARSET |A| = 2\n$!RUNMACROFUNCTION \"D\"\n");
+    EXPECT_TRUE(HoldsMessage(kept.log, "Overflow or Underflow")) << kept.log;
+}
+
+TEST(MacroE2E, IntrinsicsReadTheSystem) {
+    Scratch s;
+    MacroRun run = runMacro(s, echo("|INBATCHMODE| |NUMFRAMES| |PLATFORM| |ORVANEXVERSION| |ISDATASETAVAILABLE|") +
+                                   echo("|DATASETTITLE|") + "$!VARSET |X| = |AXISMINX|\n");
+    EXPECT_EQ(echoes(run.log), (std::vector<std::string>{"1 1 LINUX64 110 0", "No Data Set"})) << run.log;
+    EXPECT_TRUE(HoldsMessage(run.log, "AXISMINX is not available.")) << run.log;
+}
+
+TEST(MacroE2E, QuitEndsTheMacro) {
+    Scratch s;
+    MacroRun run = runMacro(s, echo("one") + "$!QUIT\n" + echo("two"));
+    EXPECT_EQ(run.result.exitCode, 0);
+    EXPECT_EQ(echoes(run.log), (std::vector<std::string>{"one"})) << run.log;
+}
+
+TEST(MacroE2E, CompressedFormsRoundTripThroughTheLog) {
+    Scratch s;
+    MacroRun run = runMacro(s, "$!INTERNAL \"COMPRESS $!VARSET |A| = 3\"\n"
+                               "$!INTERNAL \"COMPRESS $!READDATASET 'a.plt' READDATAOPTION = APPEND\"\n");
+    EXPECT_NE(run.log.find("Compressed: !11|A|=3\nUncompressed: $!VARSET |A| = 3\n"), std::string::npos) << run.log;
+    EXPECT_NE(run.log.find("Uncompressed: $!READDATASET 'a.plt'\n  READDATAOPTION = APPEND\n"), std::string::npos)
+        << run.log;
+}
+
+TEST(MacroE2E, SystemCommandsAreRefusedUntilAllowed) {
+    Scratch s;
+    MacroRun run = runMacro(s, "$!SYSTEM \"touch made.txt\"\n");
+    EXPECT_TRUE(HoldsMessage(run.log, "Err: Cannot execute system command.")) << run.log;
+    EXPECT_FALSE(s.exists("made.txt"));
+}
+
+// ---- data loads -----------------------------------------------------------------------------
+
+const char *kTwoZones = "TITLE = \"two\"\nVARIABLES = X Y\nZONE T=\"a\" I=3\n1 10\n2 20\n3 30\nZONE T=\"b\" I=2\n4 40\n5 50\n";
+
+TEST(MacroE2E, ReadDataSetOptionsReachTheLoad) {
+    Scratch s;
+    s.write("two.dat", kTwoZones);
+    s.write("xyp.dat", "VARIABLES = X Y P\nZONE I=1\n7 8 9\n");
+    s.write("line.dat", "VARIABLES = V W\nZONE I=10\n0 0\n1 1\n2 2\n3 3\n4 4\n5 5\n6 6\n7 7\n8 8\n9 9\n");
+    std::string values;
+    for (int n = 0; n < 300; n++) values += std::to_string(n) + "\n";
+    s.write("one.dat", "VARIABLES = P\nZONE I=300\n" + values);
+    MacroRun run = runMacro(
+        s, "$!READDATASET '\"two.dat\"'\n" + echo("|NUMZONES| |NUMVARS| |ZONENAME[2]| |DATASETTITLE|") +
+               "$!READDATASET '\"xyp.dat\"' READDATAOPTION = APPEND VARLOADMODE = BYNAME VARNAMELIST = '\"X\" \"Y\" \"P\"'\n" +
+               echo("|NUMZONES| |NUMVARS| |VARNAME[3]|") +
+               "$!READDATASET '\"line.dat\"' IJKSKIP { I = 4 }\n" + echo("|MAXI| |MAXVAR[2]|") +
+               "$!READDATASET '\"two.dat\"' ZONELIST = [2] COLLAPSEZONESANDVARS = YES\n" + echo("|NUMZONES| |ZONENAME[1]|") +
+               "$!READDATASET '\"one.dat\"'\n" + echo("|NUMVARS| |VARNAME[1]| |VARNAME[2]| |MAXVAR[1]|") +
+               echo("|DATASETFNAME|"));
+    EXPECT_EQ(run.result.exitCode, 0);
+    std::vector<std::string> got = echoes(run.log);
+    ASSERT_EQ(got.size(), 6u) << run.log;
+    EXPECT_EQ(got[0], "2 2 b two");
+    EXPECT_EQ(got[1], "3 3 P");
+    EXPECT_EQ(got[2], "4 9");
+    EXPECT_EQ(got[3], "1 b");
+    EXPECT_EQ(got[4], "2 I P 300");
+    EXPECT_EQ(got[5], "one.dat");  // as the command named it
+    EXPECT_TRUE(s.tmpEntries().empty());
+}
+
+TEST(MacroE2E, ReadDataSetChecksAndFailuresChangeNothing) {
+    Scratch s;
+    s.write("two.dat", kTwoZones);
+    s.write("xq.dat", "VARIABLES = X Q\nZONE I=1\n1 2\n");
+    s.write("bad.dat", "VARIABLES = X Y\nZONE I=2\n1 2\n3 x\n");
+    struct Case {
+        std::string command, message;
+    };
+    const std::vector<Case> cases = {
+        {"$!READDATASET '\"xq.dat\"' READDATAOPTION = APPEND VARNAMELIST = '\"X\" \"Q\"'",
+         "Cannot append data set: Variable names supplied for variable 2 are not a superset of the existing names"},
+        {"$!READDATASET '\"xq.dat\"' READDATAOPTION = APPEND VARNAMELIST = '\"X\"'",
+         "Cannot append data set: Not enough variable names supplied in instructions for appended data set"},
+        {"$!READDATASET '\"xq.dat\"' READDATAOPTION = REPLACE VARNAMELIST = '\"X\" \"X\"'",
+         "is referenced more than once."},
+        {"$!READDATASET '\"bad.dat\"' READDATAOPTION = APPEND", "Expecting a value after location"},
+        {"$!READDATASET '\"missing.dat\"'", "File does not exist."},
+        {"$!READDATASET '\"a.SKIP.dat\"'", "No files were selected"},
+        {"$!READDATASET '\"two.dat\"' DATASETREADER = 'NOPE'", "Unknown DataSet Reader: NOPE"},
+        {"$!READDATASET '\"two.dat\"' VARPOSITIONLIST = [1,3] VARNAMELIST = '\"X\" \"Y\"' VARLOADMODE = BYPOSITION",
+         "Variable 3 does not exist in the data file."},
+        {"$!READDATASET '\"two.dat\"' IJKSKIP { I = 0 }", "Index skip values must be 1 or greater."},
+        {"$!READDATASET '\"two.dat\"' BOGUSOPTION = 1", "Invalid macro command option."},
+        {"$!READDATASET '\"two.dat\"' RESETSTYLE = 3", "Expecting One of: "},
+    };
+    for (const Case &c : cases) {
+        MacroRun run = runMacro(s, "$!READDATASET '\"two.dat\"'\n$!MACROFUNCTION NAME = \"SHOW\"\n" +
+                                       echo("|NUMZONES| |NUMVARS|") + "$!ENDMACROFUNCTION\n" + c.command + "\n" +
+                                       echo("after"));
+        EXPECT_TRUE(HoldsMessage(run.log, c.message)) << c.command << "\n" << run.log;
+        EXPECT_TRUE(echoes(run.log).empty()) << c.command;
+        EXPECT_TRUE(s.tmpEntries().empty()) << c.command;
+    }
+    // After a failed append the data set is as it was.
+    MacroRun after = runMacro(s, "$!READDATASET '\"two.dat\"'\n"
+                                 "$!MACROFUNCTION NAME = \"TRY\"\n$!READDATASET '\"bad.dat\"' READDATAOPTION = APPEND\n"
+                                 "$!ENDMACROFUNCTION\n" + echo("|NUMZONES| |NUMVARS|"));
+    EXPECT_EQ(echoes(after.log), (std::vector<std::string>{"2 2"})) << after.log;
+}
+
+TEST(MacroE2E, WriteDataSetRoundTrips) {
+    Scratch s;
+    s.write("two.dat", kTwoZones);
+    MacroRun run = runMacro(s, "$!READDATASET '\"two.dat\"'\n$!WRITEDATASET \"out.plt\" ZONELIST = [2]\n"
+                               "$!READDATASET '\"out.plt\"'\n" + echo("|NUMZONES| |ZONENAME[1]| |MAXVAR[2]|"));
+    EXPECT_EQ(echoes(run.log), (std::vector<std::string>{"1 b 50"})) << run.log;
+    EXPECT_TRUE(s.exists("out.plt"));
+}
+
+}  // namespace
