@@ -36,17 +36,19 @@ bench: release
 	$(RELEASE_DIR)/bin/orvanex_bench_dataio /tmp
 	./bench/fenrow.sh $(RELEASE_DIR)/bin
 	$(RELEASE_DIR)/bin/orvanex_bench_loadflow /tmp
+	./bench/macro.sh $(RELEASE_DIR)/bin/orvanex
 
-# Fuzzes the binary data file reader and the text converter for FUZZ_SECONDS (default 60) each,
-# from the seed files in tests/fuzz.
+# Fuzzes the binary data file reader, the text converter and the macro reader for FUZZ_SECONDS
+# (default 60) each, from the seed files in tests/fuzz.
 FUZZ_SECONDS ?= 60
 fuzz: deps
 	CC=clang CXX=clang++ cmake -S . -B build/fuzz -G Ninja -DCMAKE_BUILD_TYPE=Debug -DORVANEX_FUZZ=ON -DORVANEX_TESTS=OFF
-	cmake --build build/fuzz -j $(JOBS) --target fuzz_dataio fuzz_fenrow
-	mkdir -p build/fuzz/corpus build/fuzz/corpus_text
-	cp tests/fuzz/corpus/* build/fuzz/corpus/ && cp tests/fuzz/corpus_text/* build/fuzz/corpus_text/
+	cmake --build build/fuzz -j $(JOBS) --target fuzz_dataio fuzz_fenrow fuzz_macro
+	mkdir -p build/fuzz/corpus build/fuzz/corpus_text build/fuzz/corpus_macro
+	cp tests/fuzz/corpus/* build/fuzz/corpus/ && cp tests/fuzz/corpus_text/* build/fuzz/corpus_text/ && cp tests/fuzz/corpus_macro/* build/fuzz/corpus_macro/
 	build/fuzz/bin/fuzz_dataio -max_total_time=$(FUZZ_SECONDS) -rss_limit_mb=4096 build/fuzz/corpus
 	build/fuzz/bin/fuzz_fenrow -max_total_time=$(FUZZ_SECONDS) -rss_limit_mb=4096 -timeout=10 build/fuzz/corpus_text
+	build/fuzz/bin/fuzz_macro -max_total_time=$(FUZZ_SECONDS) -rss_limit_mb=4096 -timeout=10 build/fuzz/corpus_macro
 
 clean:
 	rm -rf build
