@@ -25,6 +25,7 @@
 #include "base/kernel/strlist.h"
 #include "base/kernel/strutil.h"
 #include "base/kernel/tempdir.h"
+#include "base/macro/macrocomp.h"
 
 const char *const OrvanexBaseDataSetReaderName = "ORVANEX";
 const char *const OrvanexDataLoaderName = "Orvanex Data Loader";
@@ -717,8 +718,13 @@ bool Action_ReadCookedDataSet(DataSetLoadInfo_s *loadInfo, const ZoneSpecList_t 
             for (const DataFileInfo_s &file : loadInfo->FileList) reader.LastFileNames.push_back(file.FileName);
             DataSet_s *dataSet = CurFrame->DataSet;
             if (dataSet != nullptr && dataSet->Journal.IsValid) {
-                std::string command = MakeReadDataSetCommand(*loadInfo, varNameList, option, resetStyle, initialPlotType);
-                JournalRegisterMacroCommand(dataSet, command.c_str());
+                // The journal keeps commands compressed, as macros run them.
+                std::string text = MakeReadDataSetCommand(*loadInfo, varNameList, option, resetStyle, initialPlotType);
+                std::string compressed;
+                if (GetNextCompressedCommand(nullptr, text.c_str(), &compressed, nullptr, nullptr, nullptr))
+                    JournalRegisterMacroCommand(dataSet, compressed.c_str());
+                else
+                    MarkDataSetAsChanged(dataSet);
             }
         }
     } else {

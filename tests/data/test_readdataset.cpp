@@ -10,6 +10,8 @@
 #include "base/data/readdataset.h"
 #include "base/data/strand.h"
 #include "base/kernel/strlist.h"
+#include "base/macro/actcmd.h"
+#include "base/macro/macrocomp.h"
 #include "base/plot/solntime.h"
 #include "data/data_fixture.h"
 
@@ -430,10 +432,16 @@ TEST_F(ReadDataSetTest, JournalHoldsTheCommandThatRepeatsTheLoad) {
     loadOk({file});
     ASSERT_NE(dataSet()->Journal.Commands, nullptr);
     ASSERT_EQ(ArrayListGetCount(dataSet()->Journal.Commands), 1);
-    std::string command = ArrayListGetItem(dataSet()->Journal.Commands, 0).CharPtr;
-    EXPECT_EQ(command.rfind("$!READDATASET  '\"" + file + "\"'\n  READDATAOPTION = REPLACE\n", 0), 0u) << command;
+    const char *compressed = ArrayListGetItem(dataSet()->Journal.Commands, 0).CharPtr;
+    ASSERT_TRUE(IsCompressedCommand(compressed));
+    std::string command;
+    ASSERT_TRUE(UncompressMacroCommand(compressed, &command, 120000, nullptr, true));
+    EXPECT_EQ(command.rfind("$!READDATASET '\"" + file + "\"'\n  READDATAOPTION = REPLACE\n", 0), 0u) << command;
     EXPECT_NE(command.find("  ZONELIST = [1]\n"), std::string::npos) << command;
-    EXPECT_NE(command.find("  VARLOADMODE = BYPOSITION\n"), std::string::npos) << command;
+    EXPECT_NE(command.find("  VARLOADMODE = BYPOSITION"), std::string::npos) << command;
+    std::vector<std::string> names;
+    ASSERT_TRUE(ExtractFileNamesFromLoadCommand(compressed, &names));
+    EXPECT_EQ(names, std::vector<std::string>{file});
 }
 
 // ---- one-variable files -------------------------------------------------------------------

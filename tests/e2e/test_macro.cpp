@@ -216,6 +216,39 @@ TEST(MacroE2E, AssignmentRulesAndTheirMessages) {
     EXPECT_TRUE(HoldsMessage(kept.log, "Overflow or Underflow")) << kept.log;
 }
 
+TEST(MacroE2E, VariableAndIfLimits) {
+    Scratch s;
+    std::string vars;
+    for (int n = 1; n <= 399; n++) vars += "$!VARSET |V" + std::to_string(n) + "| = " + std::to_string(n) + "\n";
+    MacroRun full = runMacro(s, vars + echo("|V399|") + "$!VARSET |ONEMORE| = 1\n" + echo("never"));
+    EXPECT_EQ(echoes(full.log), (std::vector<std::string>{"399"})) << full.log;
+    EXPECT_TRUE(HoldsMessage(full.log, "Err: Too Many Macro Variables")) << full.log;
+
+    std::string open, close;
+    for (int n = 0; n < 100; n++) {
+        open += "$!IF 1 == 1\n";
+        close += "$!ENDIF\n";
+    }
+    MacroRun hundred = runMacro(s, open + echo("deep") + close);
+    EXPECT_EQ(echoes(hundred.log), (std::vector<std::string>{"deep"})) << hundred.log;
+    MacroRun more = runMacro(s, open + "$!IF 1 == 1\n" + echo("never") + "$!ENDIF\n" + close);
+    EXPECT_TRUE(HoldsMessage(more.log, "Err: Too many nested IF/ENDIF")) << more.log;
+}
+
+TEST(MacroE2E, QuickMacroAndConfigurationFilesRunAtStartUp) {
+    Scratch s;
+    s.write("orvanex.mcr", "#!MC 1100\n$!MACROFUNCTION NAME = \"Hello\"\n" + echo("hello |1|") + "$!ENDMACROFUNCTION\n");
+    s.write("orvanex.cfg", "#!MC 1100\n$!VARSET |FROMCONFIG| = 7\n");
+    MacroRun run = runMacro(s, "$!RUNMACROFUNCTION \"hello\" (there)\n" + echo("|FROMCONFIG|"));
+    EXPECT_EQ(echoes(run.log), (std::vector<std::string>{"hello there", "7"})) << run.log;
+
+    s.write("orvanex.cfg", "#!MC 1100\n$!LOOP 2\n$!ENDLOOP\n");
+    MacroRun refused = runMacro(s, echo("still runs"));
+    EXPECT_TRUE(HoldsMessage(refused.result.err + refused.log, "Command not allowed in the configuration file"))
+        << refused.result.err << refused.log;
+    EXPECT_EQ(echoes(refused.log), (std::vector<std::string>{"still runs"}));
+}
+
 TEST(MacroE2E, IntrinsicsReadTheSystem) {
     Scratch s;
     MacroRun run = runMacro(s, echo("|INBATCHMODE| |NUMFRAMES| |PLATFORM| |ORVANEXVERSION| |ISDATASETAVAILABLE|") +
