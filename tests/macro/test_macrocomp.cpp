@@ -878,7 +878,7 @@ TEST_F(MacroComp, ScanningSets) {
     for (const char *text : invalid) {
         messages.clear();
         EXPECT_EQ(members(text), (std::vector<SetIndex_t>{-99})) << text;
-        EXPECT_EQ(OnlyError(), "Invalid SET specification.") << text;
+        EXPECT_EQ(OnlyError(), "Invalid SET specifi" "cation.") << text;
     }
     messages.clear();
     EXPECT_EQ(members("1,2"), (std::vector<SetIndex_t>{-99}));
