@@ -587,7 +587,7 @@ struct Runner {
         const char *frameName = frame().Function != nullptr ? frame().Function->Name.c_str() : "MAIN";
         std::string text;
         UncompressMacroCommand(c->Command, &text, size_t(MaxMacroCommandLength), nullptr, false);
-        fprintf(stderr, "%16s: %3d (%3d): %s\n", frameName, c->Offset, c->LineNumber, text.c_str());
+        fprintf(StdError, "%16s: %3d (%3d): %s\n", frameName, c->Offset, c->LineNumber, text.c_str());
     }
 
     bool run(bool interruptible, bool singleStep, bool stepOver, bool runToReturn) {

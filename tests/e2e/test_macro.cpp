@@ -273,6 +273,15 @@ TEST(MacroE2E, CompressedFormsRoundTripThroughTheLog) {
         << run.log;
 }
 
+TEST(MacroE2E, DebugTracesEveryCommand) {
+    Scratch s;
+    MacroRun run = runMacro(s, "$!VARSET |A| = 1\n$!MACROFUNCTION NAME = \"F\"\n$!VARSET |B| = 2\n$!ENDMACROFUNCTION\n"
+                               "$!RUNMACROFUNCTION \"F\"\n",
+                            {"-DEBUG"});
+    EXPECT_NE(run.result.err.find("            MAIN:   1 (  2): $!VARSET |A| = 1\n"), std::string::npos) << run.result.err;
+    EXPECT_NE(run.result.err.find("               F:   1 (  4): $!VARSET |B| = 2\n"), std::string::npos) << run.result.err;
+}
+
 TEST(MacroE2E, SystemCommandsAreRefusedUntilAllowed) {
     Scratch s;
     MacroRun run = runMacro(s, "$!SYSTEM \"touch made.txt\"\n");
