@@ -38,6 +38,15 @@ struct GeneralBase_s {
     int MaxNumPickObjects = 1500;     // MAXNUMPICKOBJECTS
     int MaxNumContourLevels = 400;    // MAXNUMCONTOURLEVELS
     int MaxAvailableProcessors = 0;   // MAXAVAILABLEPROCESSORS; 0 means ask the system
+    int MaxFenrowZones = 5000;        // MAXFENROWZONES
+    int MaxFenrowVars = 2048;         // MAXFENROWVARS
+    int MaxThreads = 0;               // MAXTHREADS; 0 means one per processor
+    int IPCTimeoutSeconds = 45;       // IPCTIMEOUTSECONDS
+
+    // the initial plot of a load
+    int InitialPlotType = 0;              // INITIALPLOTTYPE (a PlotType_e; 0 automatic)
+    bool InitialPlotFirstZoneOnly = false; // INITIALPLOTFIRSTZONEONLY
+    bool UseInitialPlotDialog = true;      // USEINITIALPLOTDIALOG
 
     // files
     std::string PrintFName;   // print file

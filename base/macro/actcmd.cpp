@@ -14,6 +14,7 @@
 #include "base/kernel/startup.h"
 #include "base/kernel/strlist.h"
 #include "base/macro/macro1.h"
+#include "base/macro/setvalue.h"
 #include "base/macro/vocab.h"
 #include "base/plot/frame.h"
 
@@ -222,12 +223,14 @@ bool notYet(const ActionCommand_s &cmd) {
     return cmd.fail(std::string("$!") + ActionCommandList[cmd.Action] + " is not available yet.");
 }
 
-bool handleQuit(const ActionCommand_s &) {
+bool handleQuit(const ActionCommand_s &cmd) {
+    cmd.logAction();
     Action_Quit(true);
     return true;
 }
 
 bool handlePause(const ActionCommand_s &cmd) {
+    cmd.logAction();
     if (!GeneralBase.EnablePauses || InBatchMode) return true;
     std::string text;
     for (size_t n = 0; n < cmd.String.size(); n++) {
@@ -243,16 +246,23 @@ bool handlePause(const ActionCommand_s &cmd) {
 }
 
 bool handleDelay(const ActionCommand_s &cmd) {
+    cmd.logAction();
     if (GeneralBase.EnableDelays && !InBatchMode && cmd.Integer > 0) sleep(unsigned(cmd.Integer));
     return true;
 }
 
 bool handleSystem(const ActionCommand_s &cmd) {
-    if (!GeneralBase.OkToExecuteSystemCommand) return cmd.fail("Cannot execute system command.");
+    if (!GeneralBase.OkToExecuteSystemCommand) {
+        if (InBatchMode)
+            return cmd.fail("$!SYSTEM command not allowed in batch mode. Add \"$!Interface OkToExecuteSystemCommand = "
+                            "TRUE\" to the orvanex configuration file");
+        return cmd.fail("Cannot execute system command.");
+    }
+    cmd.logAction();
+    // The command's own exit status is no error; only a shell that cannot be started is.
     bool wait = cmd.flag(MacroSetValue_WAIT, true);
     std::string command = wait ? cmd.String : cmd.String + " &";
-    int status = system(command.c_str());
-    (void)status;
+    if (system(command.c_str()) == -1) return cmd.fail("Cannot execute system command.");
     return true;
 }
 
@@ -333,6 +343,7 @@ bool handleReadDataSet(const ActionCommand_s &cmd) {
             *target = LgIndex_t(arg);
         }
     }
+    cmd.logAction();
     bool ok = Action_ReadDataSet(args);
     StringListDealloc(&names);
     return ok;
@@ -355,6 +366,7 @@ bool handleWriteDataSet(const ActionCommand_s &cmd) {
     options.Binary = cmd.flag(MacroSetValue_BINARY, true);
     options.UsePointFormat = cmd.flag(MacroSetValue_USEPOINTFORMAT, false);
     options.Precision = int(cmd.integer(MacroSetValue_PRECISION, 12));
+    cmd.logAction();
     DataFileExtras_s extras;
     extras.Texts = CurFrame->Texts;
     extras.Geoms = CurFrame->Geoms;
@@ -362,7 +374,8 @@ bool handleWriteDataSet(const ActionCommand_s &cmd) {
 }
 
 // Developer words. "COMPRESS <command>" logs the command's compressed and uncompressed forms;
-// "ECHO <text>" logs the text (with the command's macro variables already expanded).
+// "ECHO <text>" logs the text (with the command's macro variables already expanded);
+// "GETVALUE <rows>" logs the style value at a path of row names.
 bool handleInternal(const ActionCommand_s &cmd) {
     const std::string &text = cmd.String;
     FILE *out = InBatchMode && BatchFile != nullptr ? BatchFile : stdout;
@@ -373,6 +386,39 @@ bool handleInternal(const ActionCommand_s &cmd) {
         if (!GetNextCompressedCommand(nullptr, text.c_str() + 9, &compressed, nullptr, nullptr, nullptr)) return false;
         UncompressMacroCommand(compressed.c_str(), &uncompressed, size_t(MaxMacroCommandLength), nullptr, true);
         fprintf(out, "Compressed: %s\nUncompressed: %s\n", compressed.c_str(), uncompressed.c_str());
+    } else if (text.compare(0, 9, "GETVALUE ") == 0) {
+        // A style path of row names: "LIMITS MAXPTSINALINE".
+        int path[7] = {-1, -1, -1, -1, -1, -1, -1};
+        int depth = 0;
+        size_t start = 9;
+        while (start < text.size() && depth < 7) {
+            size_t end = text.find(' ', start);
+            std::string word = text.substr(start, end == std::string::npos ? std::string::npos : end - start);
+            start = end == std::string::npos ? text.size() : end + 1;
+            if (word.empty()) continue;
+            MacroToken_e token;
+            int row;
+            if (!IdentifyMacroCommandString(word.c_str(), &token, &row) || token != MacroToken_SetValue)
+                return cmd.fail("Unknown style row " + word + ".");
+            path[depth++] = row;
+        }
+        double number = 0;
+        ArbParam_t arg = 0;
+        if (depth == 0 || GetValue(&number, &arg, path) != SetValue_Ok) return cmd.fail("No value at " + text.substr(9) + ".");
+        int kind = GetSetValueKind(path[depth - 1]);
+        std::string shown;
+        if (kind == SetValueKind_Double) {
+            char buffer[64];
+            snprintf(buffer, sizeof(buffer), "%.15G", number);
+            shown = buffer;
+        } else if (kind == SetValueKind_Word || kind == SetValueKind_Text || kind == SetValueKind_Char) {
+            shown = reinterpret_cast<const char *>(arg);
+        } else if (kind >= SetValueKind_FirstEnumSet) {
+            if (!GetEnumText(int(arg), path[depth - 1], false, &shown)) shown = std::to_string(long(arg));
+        } else {
+            shown = std::to_string(long(arg));
+        }
+        fprintf(out, "%s = %s\n", text.c_str() + 9, shown.c_str());
     } else {
         return cmd.fail("Unknown $!INTERNAL command.");
     }
@@ -429,6 +475,16 @@ double ActionCommand_s::number(int row, double defaultValue, int parentRow) cons
 LgIndex_t ActionCommand_s::integer(int row, LgIndex_t defaultValue, int parentRow) const {
     const ActionOptionValue_s *option = find(row, parentRow);
     return option != nullptr ? option->Integer : defaultValue;
+}
+
+void ActionCommand_s::logAction() const {
+    std::string line = std::string("ACTION: ") + ActionCommandList[Action];
+    if (!String.empty() && line.size() + 1 + String.size() <= 60) line += " " + String;
+    if (GeneralBase.Debug && StdError != nullptr) fprintf(StdError, "%s\n", line.c_str());
+    if (InBatchMode && BatchFile != nullptr) {
+        fprintf(BatchFile, "%s\n", line.c_str());
+        fflush(BatchFile);
+    }
 }
 
 bool ActionCommand_s::fail(const std::string &message) const {

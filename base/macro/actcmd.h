@@ -52,6 +52,9 @@ struct ActionCommand_s {
     LgIndex_t integer(int row, LgIndex_t defaultValue, int parentRow = -1) const;
     // Reports through ErrBadMacro and gives false (for handlers).
     bool fail(const std::string &message) const;
+    // "ACTION: NAME" (with the positional text while the line stays within 60 columns) to the
+    // batch log, and to the debug stream with PRINTDEBUG; handlers call it after their checks.
+    void logAction() const;
 };
 
 // Reads the options of an action behind its name (text points there), checks them and runs the

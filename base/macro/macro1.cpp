@@ -19,6 +19,7 @@
 #include "base/macro/macrocomp.h"
 #include "base/macro/macrostate.h"
 #include "base/macro/macrovar.h"
+#include "base/macro/setvalue.h"
 #include "base/macro/vocab.h"
 
 bool IsProcessingQuickMacro = false;
@@ -850,9 +851,7 @@ bool ProcessMacroCommand(const char *command, int line, int version, const char 
     if (token == MacroToken_Action) {
         ok = ProcessActionCommand(index, p, line, command, rawData, parameters);
     } else {
-        std::string message = std::string("$!") + SetValueCommandList[index].Name + " is not available yet.";
-        ErrBadMacro(message.c_str(), line, command, true);
-        ok = false;
+        ok = ProcessSetValueSubCommands(index, p, line, command);
     }
     IsProcessingMacroCommand = false;
     PopMacroVersion();

@@ -282,11 +282,76 @@ TEST(MacroE2E, DebugTracesEveryCommand) {
     EXPECT_NE(run.result.err.find("               F:   1 (  4): $!VARSET |B| = 2\n"), std::string::npos) << run.result.err;
 }
 
-TEST(MacroE2E, SystemCommandsAreRefusedUntilAllowed) {
+TEST(MacroE2E, SystemCommandsAreRefusedUntilTheConfigurationAllowsThem) {
     Scratch s;
     MacroRun run = runMacro(s, "$!SYSTEM \"touch made.txt\"\n");
-    EXPECT_TRUE(HoldsMessage(run.log, "Err: Cannot execute system command.")) << run.log;
+    EXPECT_TRUE(HoldsMessage(run.log, "Err: $!SYSTEM command not allowed in batch mode. Add \"$!Interface "
+                                      "OkToExecuteSystemCommand = TRUE\" to the orvanex configuration file"))
+        << run.log;
     EXPECT_FALSE(s.exists("made.txt"));
+    s.write("orvanex.cfg", "#!MC 1100\n$!INTERFACE OKTOEXECUTESYSTEMCOMMAND = YES\n");
+    MacroRun allowed = runMacro(s, "$!SYSTEM \"touch made.txt\"\n$!SYSTEM \"exit 3\"\n" + echo("after"));
+    EXPECT_TRUE(s.exists("made.txt")) << allowed.log;
+    EXPECT_EQ(echoes(allowed.log), (std::vector<std::string>{"after"})) << "an exit status is no error";
+    EXPECT_NE(allowed.log.find("ACTION: SYSTEM touch made.txt\n"), std::string::npos) << allowed.log;
+}
+
+// ---- set-value commands -----------------------------------------------------------------------
+
+TEST(MacroE2E, SetValueCommandsChangeWhatLaterCommandsSee) {
+    Scratch s;
+    s.write("xy.dat", "VARIABLES = X Y\nZONE I=1\n1 2\n");
+    s.write("yx.dat", "VARIABLES = Y X\nZONE I=1\n20 10\n");
+    MacroRun run = runMacro(s, "$!FILECONFIG DATAFILEVARLOADMODE = BYNAME\n"
+                               "$!READDATASET '\"xy.dat\" \"yx.dat\"'\n" + echo("|MAXVAR[1]|") +
+                                   "$!FILECONFIG DATAFILEVARLOADMODE = BYPOSITION\n"
+                                   "$!READDATASET '\"xy.dat\" \"yx.dat\"'\n" + echo("|MAXVAR[1]|") +
+                                   "$!INTERFACE ENABLEPAUSES = NO\n$!INTERFACE ENABLEPAUSES = NO\n"
+                                   "$!INTERNAL \"GETVALUE INTERFACE ENABLEPAUSES\"\n"
+                                   "$!LIMITS LODTHRESHOLDMINFRACT = 0.25\n"
+                                   "$!INTERNAL \"GETVALUE LIMITS LODTHRESHOLDMINFRACT\"\n"
+                                   "$!FRAMENAME = \"Results\"\n" + echo("|FRAMENAME|") +
+                                   "$!GLOBALTIME SOLUTIONTIME = 2.5\n" + echo("|SOLUTIONTIME|"));
+    EXPECT_EQ(echoes(run.log), (std::vector<std::string>{"10", "20", "Results", "2.5"})) << run.log;
+    EXPECT_NE(run.log.find("INTERFACE ENABLEPAUSES = NO\n"), std::string::npos) << run.log;
+    EXPECT_NE(run.log.find("LIMITS LODTHRESHOLDMINFRACT = 0.25\n"), std::string::npos) << run.log;
+    EXPECT_NE(run.log.find("ACTION: READDATASET \"xy.dat\" \"yx.dat\"\n"), std::string::npos) << run.log;
+}
+
+TEST(MacroE2E, SetValueErrorsKeepTheOldValue) {
+    Scratch s;
+    struct Case {
+        std::string body, message;
+    };
+    const std::vector<Case> cases = {
+        {"$!LIMITS LODTHRESHOLDMINFRACT = 2\n", "\"LODTHRESHOLDMINFRACT\" must be between 0 and 1."},
+        {"$!LIMITS LODTHRESHOLDMINFRACT /= 0\n", "Divide by zero"},
+        {"$!LIMITS MAXPTSINALINE = 10\n", "The $!LIMITS sub-command option is only allowed within the configuration file."},
+        {"$!INTERFACE MAXNUMUNDOLEVELS = -1\n", "\"MAXNUMUNDOLEVELS\" must be greater than or equal to 0."},
+        {"$!VARSET |M| = 7\n$!FILECONFIG DATAFILEVARLOADMODE = |M|\n", "Expecting an enumerated value."},
+        {"$!FILECONFIG DATAFILEVARLOADMODE += 1\n", "Only allowed to use = Assignment with this statement"},
+        {"$!INTERFACE ENABLEPAUSES = MAYBE\n", "Expecting One of: "},
+        {"$!LIMITS PRINTDEBUG = YES\n", "Invalid option \"PRINTDEBUG\"\nfor command: \"LIMITS\""},
+        {"$!GLOBALTIME SOLUTIONTIME = 1\n", "Current frame must have an attached data set."},
+        {"$!PAPER SHOWGRID = NO\n", "$!PAPER is not available yet."},
+    };
+    for (const Case &c : cases) {
+        MacroRun run = runMacro(s, c.body + echo("after") + "$!INTERNAL \"GETVALUE LIMITS LODTHRESHOLDMINFRACT\"\n");
+        EXPECT_TRUE(HoldsMessage(run.log, c.message)) << c.body << run.log;
+        EXPECT_TRUE(echoes(run.log).empty()) << c.body;
+    }
+    MacroRun kept = runMacro(s, "$!MACROFUNCTION NAME = \"BAD\"\n$!LIMITS LODTHRESHOLDMINFRACT = 2\n$!ENDMACROFUNCTION\n"
+                                "$!INTERNAL \"GETVALUE LIMITS LODTHRESHOLDMINFRACT\"\n");
+    EXPECT_NE(kept.log.find("LIMITS LODTHRESHOLDMINFRACT = 0.3\n"), std::string::npos) << kept.log;
+}
+
+TEST(MacroE2E, ConfigurationFileRaisesLimits) {
+    Scratch s;
+    s.write("orvanex.cfg", "#!MC 1100\n$!LIMITS MAXPTSINALINE = 20000\n$!LIMITS MAXFENROWZONES = 100\n");
+    MacroRun run = runMacro(s, "$!INTERNAL \"GETVALUE LIMITS MAXPTSINALINE\"\n"
+                               "$!INTERNAL \"GETVALUE LIMITS MAXFENROWZONES\"\n");
+    EXPECT_NE(run.log.find("LIMITS MAXPTSINALINE = 20000\n"), std::string::npos) << run.log;
+    EXPECT_NE(run.log.find("LIMITS MAXFENROWZONES = 100\n"), std::string::npos) << run.log;
 }
 
 // ---- data loads -----------------------------------------------------------------------------
