@@ -13,6 +13,7 @@
 #include "base/kernel/globals.h"
 #include "base/kernel/startup.h"
 #include "base/kernel/strlist.h"
+#include "base/macro/dataactions.h"
 #include "base/macro/macro1.h"
 #include "base/macro/setvalue.h"
 #include "base/macro/vocab.h"
@@ -426,7 +427,6 @@ bool handleInternal(const ActionCommand_s &cmd) {
     return true;
 }
 
-using ActionHandler_pf = bool (*)(const ActionCommand_s &);
 struct ActionHandler_s {
     int Action;
     ActionHandler_pf Handler;
@@ -445,6 +445,7 @@ const ActionHandler_s ActionHandlers[] = {
 ActionHandler_pf handlerOf(int action) {
     for (const ActionHandler_s &entry : ActionHandlers)
         if (entry.Action == action) return entry.Handler;
+    if (ActionHandler_pf handler = FindDataActionHandler(action)) return handler;
     return notYet;
 }
 
