@@ -5,7 +5,6 @@
 void InitializeInternalMacroSettings() {}
 void ClearExtendedCurveFits() {}
 void InitRawUserColorMap() {}
-void ResetStateChangeState() {}
 void InitializeAddOnVars() {}
 void InitializeInterfaceAttributes() {}
 void InitializeFrameFactoryDefaults() {}
@@ -26,7 +25,6 @@ void ConfigureInterfaceLayout() {}
 void InitializeWorkArea() {}
 void InitializeMainMenu() {}
 void SetMainWindowTitle() {}
-void MarkLayoutClean() {}
 void BroadcastStartupCompleted() {}
 bool OpenQuickMacroPanel() { return true; }
 
@@ -58,7 +56,6 @@ void InvalidateUndo() {}
 void BroadcastQuit(int) {}
 void StopMacroRecording() {}
 void FreeExtraMapData() {}
-void TurnOffStateChangeNotification() {}
 void ReleaseDisplayLists() {}
 void DeleteOrvanexInternalsPending() {}
 void MopupAddOns() {}

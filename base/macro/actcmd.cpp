@@ -427,6 +427,11 @@ bool handleInternal(const ActionCommand_s &cmd) {
     return true;
 }
 
+bool handleSetStyleBase(const ActionCommand_s &cmd) {
+    cmd.logAction();
+    return Action_SetStyleBase(StyleBase_e(cmd.Mandatory));
+}
+
 struct ActionHandler_s {
     int Action;
     ActionHandler_pf Handler;
@@ -440,6 +445,7 @@ const ActionHandler_s ActionHandlers[] = {
     {MacroAction_READDATASET, handleReadDataSet},
     {MacroAction_WRITEDATASET, handleWriteDataSet},
     {MacroAction_INTERNAL, handleInternal},
+    {MacroAction_SETSTYLEBASE, handleSetStyleBase},
 };
 
 ActionHandler_pf handlerOf(int action) {

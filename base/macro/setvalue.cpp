@@ -14,6 +14,13 @@
 #include "base/plot/frame.h"
 #include "base/plot/solntime.h"
 
+StyleBase_e FrameStyleBase = StyleBase_Config;
+
+bool Action_SetStyleBase(StyleBase_e base) {
+    FrameStyleBase = base;
+    return true;
+}
+
 namespace {
 
 std::string LastSetValueError;

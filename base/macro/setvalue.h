@@ -58,5 +58,11 @@ bool ProcessSetValueSubCommands(int majorRow, const char *text, int line, const 
 void BeginSetValueBlock(int row);
 void EndSetValueBlock(int row);
 
+// Which frame record new frames and maps copy: the factory values or the configured ones. It is
+// CONFIG except while a file that says $!SETSTYLEBASE FACTORY is read.
+enum StyleBase_e { StyleBase_Factory = 0, StyleBase_Config = 1 };
+extern StyleBase_e FrameStyleBase;
+bool Action_SetStyleBase(StyleBase_e base);
+
 // True if the major row is one this build can set.
 bool IsSetValueMajorAvailable(int row);
