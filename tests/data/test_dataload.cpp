@@ -23,6 +23,7 @@ class DataLoadTest : public ::testing::Test {
     void SetUp() override {
         if (!Thread_ThreadingIsInitialized()) {
             ASSERT_TRUE(Thread_Init());
+            startedThreading = true;
         }
         previous = DataLoadSetSweepFunctionForTest(&recordSweep);
         sweeps.clear();
@@ -33,7 +34,10 @@ class DataLoadTest : public ::testing::Test {
         DataLoadSetSweepFunctionForTest(previous);
         GeneralBase = saved;
         DataLoadValidateThresholdValues(true);
+        // Later tests of the same process start the thread layer themselves.
+        if (startedThreading) Thread_Cleanup();
     }
+    bool startedThreading = false;
     DataLoadSweep_pf previous = nullptr;
     GeneralBase_s saved;
 };
