@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The macro interpreter, whole process: a loop of 1,000,000 `$!VARSET |A| += 1`, beside bash
 # arithmetic and gnuplot's `do for` doing the same; then loading and running a macro file of
-# 100,000 lines. hyperfine, 5 runs each after a warm-up.
+# 100,000 lines, and one of 100,000 set-value commands. hyperfine, 5 runs each after a warm-up.
 # Usage: bench/macro.sh [path/to/orvanex]
 set -euo pipefail
 launcher=$(realpath "${1:-build/bin/orvanex}")
@@ -15,9 +15,13 @@ printf 'A=0\ndo for [i=1:1000000] { A = A + 1 }\n' > loop.gp
   printf '#!MC 1100\n'
   for ((i = 0; i < 100000; i++)); do printf '$!VARSET |A| = (%d + 1)\n' "$i"; done
 } > long.mcr
+{
+  printf '#!MC 1100\n'
+  for ((i = 0; i < 50000; i++)); do printf '$!INTERFACE ENABLEPAUSES = NO\n$!LIMITS LODTHRESHOLDMINFRACT = 0.%d\n' $((i % 9 + 1)); done
+} > setvalues.mcr
 commands=("$launcher -b loop.mcr" "bash loop.sh")
 command -v gnuplot > /dev/null && commands+=("gnuplot loop.gp")
-commands+=("$launcher -b long.mcr")
+commands+=("$launcher -b long.mcr" "$launcher -b setvalues.mcr")
 hyperfine --warmup 1 --runs 5 -N --style none --export-json result.json "${commands[@]}" > /dev/null
 /usr/bin/python3 - result.json <<'PY'
 import json, sys
