@@ -9,7 +9,9 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <mutex>
 #include <string>
+#include <unordered_map>
 #include <sys/stat.h>
 #include <type_traits>
 #include <unistd.h>
@@ -1209,6 +1211,29 @@ void OrvanexStorableVarCleanup(FieldData_a fieldData) {
 
 namespace {
 
+// File names of load records, one copy each: a data set of many zones and variables holds one
+// record per zone and variable, all naming the same few files.
+struct InternedNames {
+    std::mutex Mutex;
+    std::unordered_map<std::string, long> Counts;  // name -> records that use it
+};
+// Never destroyed, so that a record freed late in shutdown still finds it.
+InternedNames &internedNames = *new InternedNames;
+
+const char *internFileName(const char *name) {
+    std::lock_guard<std::mutex> lock(internedNames.Mutex);
+    auto entry = internedNames.Counts.emplace(name, 0).first;
+    entry->second++;
+    return entry->first.c_str();
+}
+
+void releaseFileName(const char *name) {
+    if (name == nullptr) return;
+    std::lock_guard<std::mutex> lock(internedNames.Mutex);
+    auto entry = internedNames.Counts.find(name);
+    if (entry != internedNames.Counts.end() && --entry->second == 0) internedNames.Counts.erase(entry);
+}
+
 OrvanexVarLoadInfo_s *varRecordOf(const FieldData_s *fieldData) {
     REQUIRE(fieldData->ClientData != 0);
     return reinterpret_cast<OrvanexVarLoadInfo_s *>(fieldData->ClientData);
@@ -1216,7 +1241,7 @@ OrvanexVarLoadInfo_s *varRecordOf(const FieldData_s *fieldData) {
 
 void freeVarRecord(OrvanexVarLoadInfo_s *record) {
     if (record == nullptr) return;
-    newfree(record->FileName);
+    releaseFileName(record->FileName);
     newfree(record->Skip);
     newfree(record);
 }
@@ -1226,7 +1251,7 @@ OrvanexVarLoadInfo_s *copyVarRecord(const OrvanexVarLoadInfo_s *source) {
     auto *record = static_cast<OrvanexVarLoadInfo_s *>(newmalloc(sizeof(OrvanexVarLoadInfo_s)));
     if (record == nullptr) return nullptr;
     *record = *source;
-    record->FileName = DupString(source->FileName);
+    record->FileName = internFileName(source->FileName);
     record->Skip = nullptr;
     if (source->Skip != nullptr) {
         record->Skip = static_cast<LgIndex_t *>(newmalloc(3 * sizeof(LgIndex_t)));
@@ -1458,7 +1483,7 @@ bool LoadBinaryBlockVariable(const char *fileName, DataValueStructure_e structur
         return false;
     }
     memset(static_cast<void *>(record), 0, sizeof(OrvanexVarLoadInfo_s));
-    record->FileName = DupString(fileName);
+    record->FileName = internFileName(fileName);
     if (skipped) {
         record->Skip = static_cast<LgIndex_t *>(newmalloc(3 * sizeof(LgIndex_t)));
         if (record->Skip != nullptr) memcpy(record->Skip, skip, 3 * sizeof(LgIndex_t));

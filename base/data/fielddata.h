@@ -215,7 +215,7 @@ void OrvanexStorableVarCleanup(FieldData_a fieldData);
 // ---- variables of a data file -----------------------------------------------------------------
 
 struct OrvanexVarLoadInfo_s {
-    char *FileName;                          // own copy
+    const char *FileName;                    // interned: one copy per file name, shared by its records
     DataValueStructure_e DataValueStructure; // how an ordered cell-centred block lies in the file
     int64_t Offset;                          // byte offset of the variable's first value
     LgIndex_t Stride;                        // values from one value of this variable to the next
