@@ -7,10 +7,8 @@ void ClearExtendedCurveFits() {}
 void InitRawUserColorMap() {}
 void InitializeAddOnVars() {}
 void InitializeInterfaceAttributes() {}
-void InitializeFrameFactoryDefaults() {}
 void InitializeNonconfigurableInputSpecs() {}
 bool AllocBaseFrameAttributePointers() { return true; }
-void ModernizeFrameDefaults() {}
 void InitCZData() {}
 void InitCZInfo() {}
 void InitLineMapInfo() {}

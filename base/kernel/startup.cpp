@@ -29,6 +29,7 @@
 #include "base/kernel/scratch.h"
 #include "base/data/readdataset.h"
 #include "base/kernel/seams.h"
+#include "base/plot/framestyle.h"
 #include "base/kernel/statechg.h"
 #include "base/kernel/strutil.h"
 #include "base/kernel/tempdir.h"

@@ -1,3 +1,8 @@
+// The set-value machinery: the input rules, the typed setters every style field goes
+// through, the walk of a path through a record's table of fields, SetValue7 and GetValue, and the
+// walk of a compressed set command. The general style's tables are in genstyle.cpp; the frame
+// values handled here by name (FRAMENAME, GLOBALTIME SOLUTIONTIME) move to the frame's tables
+// when those exist.
 #include "base/macro/setvalue.h"
 
 #include <cfloat>
@@ -9,9 +14,13 @@
 #include "base/kernel/alloc.h"
 #include "base/kernel/genbase.h"
 #include "base/kernel/globals.h"
+#include "base/kernel/paths.h"
+#include "base/kernel/set.h"
 #include "base/kernel/statechg.h"
+#include "base/macro/genstyle.h"
 #include "base/macro/vocab.h"
 #include "base/plot/frame.h"
+#include "base/plot/framestyle.h"
 #include "base/plot/solntime.h"
 
 StyleBase_e FrameStyleBase = StyleBase_Config;
@@ -23,75 +32,500 @@ bool Action_SetStyleBase(StyleBase_e base) {
 
 namespace {
 
+constexpr double DegreesPerRadian = 57.29577951308232;
+
+// Frame units from a value with a unit suffix. Both directions keep the sign: a length or a
+// position within the frame is given the way it is stored.
+bool modifyValueWithSuffixToFrameUnits(double *value, int suffix) { return ModifyXValueWithSuffixToFrameUnits(value, suffix); }
+
+}  // namespace
+
+// ---- input rules -------------------------------------------------------------------------------
+
+const InputSpecs_s DoubleInputSpec{InputSpecType_Double, -1e150, 1e150, 1, MultiplyValueWithPiSuffixByPi};
+const InputSpecs_s AboveZeroDoubleInputSpec{InputSpecType_Double, 1e-150, 1e150, 1, MultiplyValueWithPiSuffixByPi};
+const InputSpecs_s ZeroAndAboveDoubleInputSpec{InputSpecType_Double, 0, 1e150, 1, nullptr};
+const InputSpecs_s ZeroToOneInputSpec{InputSpecType_Double, 0, 1, 1, nullptr};
+const InputSpecs_s PercentageInputSpec{InputSpecType_Double, 0, 1, 100, nullptr};
+const InputSpecs_s AngleInputSpec{InputSpecType_Double, -12.566370614459172, 12.566370614459172, DegreesPerRadian, nullptr};
+const InputSpecs_s TextAngleInputSpec{InputSpecType_Double, -6.283185307279586, 6.283185307279586, DegreesPerRadian, nullptr};
+const InputSpecs_s XFrameCoordInputSpec{InputSpecType_Double, 0, 1, 100, modifyValueWithSuffixToFrameUnits};
+const InputSpecs_s YFrameCoordInputSpec{InputSpecType_Double, 0, 1, 100, modifyValueWithSuffixToFrameUnits};
+const InputSpecs_s XPaperCoordInputSpec{InputSpecType_Double, -500, 500, 1, ModifyXValueWithSuffixToInchPaperUnits};
+const InputSpecs_s YPaperCoordInputSpec{InputSpecType_Double, -500, 500, 1, ModifyYValueWithSuffixToInchPaperUnits};
+const InputSpecs_s LineThicknessInputSpec{InputSpecType_Double, 1e-6, 1, 100, modifyValueWithSuffixToFrameUnits};
+const InputSpecs_s FrameTextSizeInputSpec{InputSpecType_Double, 1e-150, 2, 100, modifyValueWithSuffixToFrameUnits};
+// The least size is that of the smallest font the text layer draws.
+const InputSpecs_s PointTextSizeInputSpec{InputSpecType_Double, 0.5, 2500, 1, nullptr};
+const InputSpecs_s SmoothWeightInputSpec{InputSpecType_Double, 1.17549435e-38, 0.95, 1, nullptr};
+const InputSpecs_s AboveZeroLgIndexInputSpec{InputSpecType_LgIndex, 1, 2147483646, 0, nullptr};
+const InputSpecs_s ZeroAndAboveLgIndexInputSpec{InputSpecType_LgIndex, 0, 2147483646, 0, nullptr};
+const InputSpecs_s AboveZeroSmIntegerInputSpec{InputSpecType_SmInteger, 1, 32767, 0, nullptr};
+const InputSpecs_s ZeroAndAboveSmIntegerInputSpec{InputSpecType_SmInteger, 0, 32767, 0, nullptr};
+const InputSpecs_s EntIndexInputSpec{InputSpecType_SmInteger, 0, 32699, 1, nullptr};
+const InputSpecs_s ColorMapGroupInputSpec{InputSpecType_SmInteger, 0, 3, 1, nullptr};
+const InputSpecs_s ContourGroupInputSpec{InputSpecType_SmInteger, 0, 3, 1, nullptr};
+const InputSpecs_s IsoSurfaceGroupInputSpec{InputSpecType_SmInteger, 0, 3, 1, nullptr};
+const InputSpecs_s SliceGroupInputSpec{InputSpecType_SmInteger, 0, 3, 1, nullptr};
+const InputSpecs_s ValuePrecisionInputSpec{InputSpecType_SmInteger, 1, 18, 0, nullptr};
+const InputSpecs_s NumberOfEllipsePointsInputSpec{InputSpecType_SmInteger, 3, 720, 0, nullptr};
+const InputSpecs_s ImageDimensionInputSpec{InputSpecType_SmInteger, 4, 32766, 0, nullptr};
+const InputSpecs_s ColorIndexInputSpec{InputSpecType_SmInteger, 0, 255, 0, nullptr};
+
+std::string GetOutOfRangeErrMsgString(const InputSpecs_s &spec) {
+    char text[160];
+    bool isDouble = spec.Type == InputSpecType_Double || spec.Type == InputSpecType_Float;
+    double adjust = isDouble ? (spec.InterfaceAdjust != 0 ? spec.InterfaceAdjust : 1.0) : 1.0;
+    double offset = isDouble ? 0.0 : spec.InterfaceAdjust;
+    double min = spec.Min * adjust + offset, max = spec.Max * adjust + offset;
+    if (spec.Max >= 1e150 || spec.Max >= 2147483646)
+        snprintf(text, sizeof(text), "must be greater than or equal to %G.", min);
+    else
+        snprintf(text, sizeof(text), "must be between %G and %G.", min, max);
+    return text;
+}
+
+namespace {
+
 std::string LastSetValueError;
 int SetValueBlockDepth = 0;
 bool SetValueBlockChanged = false;
 int SetValueBlockRow = -1;
 
-// ---- input specifications ----------------------------------------------------------------
+SetValueReturnCode_e fail(SetValueReturnCode_e code, const std::string &message) {
+    LastSetValueError = message;
+    return code;
+}
 
-const InputSpecs_s AboveZeroLgIndexInputSpec{InputSpecType_LgIndex, 1, 2147483646, 0};
-const InputSpecs_s ZeroAndAboveLgIndexInputSpec{InputSpecType_LgIndex, 0, 2147483646, 0};
-const InputSpecs_s TextLabelLengthInputSpec{InputSpecType_LgIndex, 1, 100000, 0};
-const InputSpecs_s EntIndexLimitInputSpec{InputSpecType_SmInteger, 1, 32700, 0};
-const InputSpecs_s ProcessorsInputSpec{InputSpecType_LgIndex, 0, 8, 0};
-const InputSpecs_s ZeroToOneInputSpec{InputSpecType_Double, 0, 1, 1};
-const InputSpecs_s DoubleInputSpec{InputSpecType_Double, -1e150, 1e150, 1};
-const InputSpecs_s ZeroAndAboveDoubleInputSpec{InputSpecType_Double, 0, 1e150, 1};
+std::string rowName(int row) {
+    return row >= 0 && row < SetValueCommandListItemCount ? SetValueCommandList[row].Name : "<?>";
+}
 
-// ---- the fields ----------------------------------------------------------------------------
+std::string quoted(int row) { return "\"" + rowName(row) + "\""; }
 
-enum FieldKind_e { Field_Bool, Field_Int, Field_Long, Field_Double, Field_Enum, Field_String };
+SetValueReturnCode_e outOfRange(int row, const InputSpecs_s &spec) {
+    return fail(SetValue_ValueRangeError, quoted(row) + " " + GetOutOfRangeErrMsgString(spec));
+}
 
-// Where a value lives: the general block, or the current frame.
-struct StyleField_s {
-    int Path[4];  // the major row and up to three rows below it; -1 ends
-    FieldKind_e Kind;
-    const InputSpecs_s *Spec;  // integers and doubles
-    void *(*Target)();         // the stored value
-    bool ConfigOnly;           // a $!LIMITS row outside the configuration file
+SetValueReturnCode_e badOperator(int row) {
+    return fail(SetValue_AssignOpError, "Assignment operator invalid in\n assignment to " + quoted(row));
+}
+
+SetValueReturnCode_e suffixRefused(int row) {
+    return fail(SetValue_AssignOpError, "Not allowed to use suffix for " + quoted(row));
+}
+
+bool isSuffixOp(AssignOp_e op) { return op >= AssignOp_ConvertFromCm && op <= AssignOp_ConvertFromPix; }
+
+int suffixOf(AssignOp_e op) {
+    switch (op) {
+        case AssignOp_ConvertFromCm: return Suffix_Cm;
+        case AssignOp_ConvertFromIn: return Suffix_In;
+        case AssignOp_ConvertFromPt: return Suffix_Pt;
+        default: return Suffix_Pix;
+    }
+}
+
+// Applies an arithmetic operator to the current value; both in macro units, so that *= and /=
+// scale what the user sees whatever the stored unit. False with the code for a suffix or an
+// unknown operator, and for a division by zero.
+bool applyOp(int row, AssignOp_e op, double current, double operand, double *result, SetValueReturnCode_e *code) {
+    switch (op) {
+        case AssignOp_Equals: *result = operand; return true;
+        case AssignOp_PlusEquals: *result = current + operand; return true;
+        case AssignOp_MinusEquals: *result = current - operand; return true;
+        case AssignOp_TimesEquals: *result = current * operand; return true;
+        case AssignOp_DivideEquals:
+            if (operand == 0.0) {
+                *code = fail(SetValue_ValueRangeError, "Divide by zero");
+                return false;
+            }
+            *result = current / operand;
+            return true;
+        default:
+            *code = isSuffixOp(op) ? suffixRefused(row) : badOperator(row);
+            return false;
+    }
+}
+
+bool inRange(double value, const InputSpecs_s &spec) { return value >= spec.Min && value <= spec.Max; }
+
+// The stored value of an integer setting from a macro value; the result of the operator is cut
+// to a whole number before the offset is taken off.
+bool integerResult(int row, AssignOp_e op, double current, double value, const InputSpecs_s &spec, double *result,
+                   SetValueReturnCode_e *code) {
+    if (isSuffixOp(op)) {
+        *code = suffixRefused(row);
+        return false;
+    }
+    double shown;
+    if (!applyOp(row, op, current + spec.InterfaceAdjust, value, &shown, code)) return false;
+    *result = std::trunc(shown) - spec.InterfaceAdjust;
+    return true;
+}
+
+template <typename Integer>
+SetValueReturnCode_e setInteger(int row, Integer *target, AssignOp_e op, double value, const InputSpecs_s &spec,
+                                bool minusOneIsNone) {
+    double result;
+    SetValueReturnCode_e code = SetValue_Ok;
+    if (!integerResult(row, op, double(*target), value, spec, &result, &code)) return code;
+    if (!(minusOneIsNone && result == -1.0) && !inRange(result, spec)) return outOfRange(row, spec);
+    if (result == double(*target)) return SetValue_DuplicateValue;
+    *target = static_cast<Integer>(result);
+    return SetValue_Ok;
+}
+
+// A whole number from a double: 0.499 is added away from zero.
+double roundedAwayFromZero(double value) { return value >= 0 ? std::floor(value + 0.499) : std::ceil(value - 0.499); }
+
+const InputSpecs_s RGBComponentInputSpec{InputSpecType_Double, 0, 255, 1, nullptr};
+
+}  // namespace
+
+// ---- typed setters ---------------------------------------------------------------------------
+
+SetValueReturnCode_e SetBooleanValue(int row, bool *target, AssignOp_e op, ArbParam_t value) {
+    if (op != AssignOp_Equals) return badOperator(row);
+    bool wanted = value != 0;
+    if (wanted == *target) return SetValue_DuplicateValue;
+    *target = wanted;
+    return SetValue_Ok;
+}
+
+SetValueReturnCode_e SetDoubleValue(int row, double *target, AssignOp_e op, double value, const InputSpecs_s &spec) {
+    double adjust = spec.InterfaceAdjust != 0 ? spec.InterfaceAdjust : 1.0;
+    double result;
+    if (isSuffixOp(op)) {
+        // The suffix function gives stored units directly.
+        result = value;
+        if (spec.SuffixFunction == nullptr || !spec.SuffixFunction(&result, suffixOf(op))) return suffixRefused(row);
+    } else {
+        double shown;
+        SetValueReturnCode_e code = SetValue_Ok;
+        if (!applyOp(row, op, *target * adjust, value, &shown, &code)) return code;
+        result = op == AssignOp_Equals ? value / adjust : shown / adjust;
+    }
+    if (!inRange(result, spec)) return outOfRange(row, spec);
+    if (result == *target) return SetValue_DuplicateValue;
+    *target = result;
+    return SetValue_Ok;
+}
+
+SetValueReturnCode_e SetLgIndexValue(int row, long *target, AssignOp_e op, double value, const InputSpecs_s &spec) {
+    return setInteger(row, target, op, value, spec, false);
+}
+
+SetValueReturnCode_e SetIntegerValue(int row, int *target, AssignOp_e op, double value, const InputSpecs_s &spec) {
+    return setInteger(row, target, op, value, spec, false);
+}
+
+SetValueReturnCode_e SetEntIndexValue(int row, int *target, AssignOp_e op, double value, const InputSpecs_s &spec) {
+    return setInteger(row, target, op, value, spec, &spec == &EntIndexInputSpec);
+}
+
+SetValueReturnCode_e SetRGBComponentValue(int row, int16_t *target, AssignOp_e op, double value) {
+    double result;
+    SetValueReturnCode_e code = SetValue_Ok;
+    if (!applyOp(row, op, double(*target), value, &result, &code)) return code;
+    result = roundedAwayFromZero(result);
+    if (!inRange(result, RGBComponentInputSpec)) return outOfRange(row, RGBComponentInputSpec);
+    if (result == double(*target)) return SetValue_DuplicateValue;
+    *target = static_cast<int16_t>(result);
+    return SetValue_Ok;
+}
+
+SetValueReturnCode_e SetStringValue(int row, std::string *target, AssignOp_e op, const char *value) {
+    if (op != AssignOp_Equals) return badOperator(row);
+    const char *text = value != nullptr ? value : "";
+    if (*target == text) return SetValue_DuplicateValue;
+    *target = text;
+    return SetValue_Ok;
+}
+
+SetValueReturnCode_e SetFNameValue(int row, std::string *target, AssignOp_e op, const char *value) {
+    if (op != AssignOp_Equals) return badOperator(row);
+    if (value == nullptr || *value == '\0') return fail(SetValue_ValueRangeError, "Invalid file name string argument.");
+    std::string name = MakeAbsolutePath(value, StartupDirectory);
+    if (*target == name) return SetValue_DuplicateValue;
+    *target = name;
+    return SetValue_Ok;
+}
+
+SetValueReturnCode_e SetSetValue(int row, Set_a **target, const Set_a *value, SetIndex_t limit, AssignOp_e op) {
+    if (op != AssignOp_Equals && op != AssignOp_PlusEquals && op != AssignOp_MinusEquals)
+        return fail(SetValue_AssignOpError, "Assignment operator invalid in\nSET assignment for " + quoted(row));
+    if (*target == nullptr && op == AssignOp_MinusEquals) return SetValue_DuplicateValue;
+    // The new set is built aside, so that a failure leaves the old one as it was.
+    Set_a *result = AllocSet(false);
+    bool ok = result != nullptr;
+    if (ok && op != AssignOp_Equals && *target != nullptr) ok = CopySet(result, *target, false);
+    for (SetIndex_t member = value != nullptr ? GetNextMember(value, BADSETVALUE) : BADSETVALUE;
+         ok && member != BADSETVALUE && member < limit; member = GetNextMember(value, member)) {
+        if (op == AssignOp_MinusEquals)
+            RemoveFromSet(result, member);
+        else
+            ok = AddToSet(result, member, false);
+    }
+    if (!ok) {
+        DeallocSet(&result);
+        return fail(SetValue_InternalMemoryError, "Out of space during SET assignment for " + quoted(row));
+    }
+    bool unchanged = *target != nullptr ? EqualSets(result, *target) : false;
+    if (unchanged) {
+        DeallocSet(&result);
+        return SetValue_DuplicateValue;
+    }
+    DeallocSet(target);
+    *target = result;
+    return SetValue_Ok;
+}
+
+SetValueReturnCode_e CheckEnumValue(int current, int value, int row) {
+    if (value == current) return SetValue_DuplicateValue;
+    if (IsEnumValueInSet(GetSetValueEnumSet(row), value)) return SetValue_Ok;
+    return fail(SetValue_ValueRangeError, "Invalid Option for " + quoted(row));
+}
+
+// ---- style records ---------------------------------------------------------------------------
+
+namespace {
+
+SetValueReturnCode_e badOption(int row, int majorRow) {
+    char text[512];
+    snprintf(text, sizeof(text), "Invalid option \"%s\"\nfor command: \"%s\"", rowName(row).c_str(),
+             rowName(majorRow).c_str());
+    return fail(SetValue_InvalidCommandOption, text);
+}
+
+struct ResolvedField_s {
+    const StyleField_s *Field;
+    void *Record;  // the record the field belongs to
+    int Row;
 };
 
-#define GB(field) [] { return static_cast<void *>(&GeneralBase.field); }
+const StyleField_s *findField(const StyleRecord_s &record, int row) {
+    for (size_t n = 0; n < record.NumFields; n++)
+        if (record.Fields[n].Row == row) return &record.Fields[n];
+    return nullptr;
+}
 
-const StyleField_s GeneralFields[] = {
-    // $!LIMITS: all but the two load-on-demand fractions only in the configuration file.
-    {{MacroSetValue_LIMITS, MacroSetValue_MAXPTSINALINE, -1}, Field_Int, &AboveZeroLgIndexInputSpec, GB(MaxPtsInALine), true},
-    {{MacroSetValue_LIMITS, MacroSetValue_MAXCHRSINTEXTLABELS, -1}, Field_Int, &TextLabelLengthInputSpec, GB(MaxChrsInTextLabels), true},
-    {{MacroSetValue_LIMITS, MacroSetValue_MAXNUMCONTOURLEVELS, -1}, Field_Int, &AboveZeroLgIndexInputSpec, GB(MaxNumContourLevels), true},
-    {{MacroSetValue_LIMITS, MacroSetValue_MAXFENROWZONES, -1}, Field_Int, &EntIndexLimitInputSpec, GB(MaxFenrowZones), true},
-    {{MacroSetValue_LIMITS, MacroSetValue_MAXFENROWVARS, -1}, Field_Int, &EntIndexLimitInputSpec, GB(MaxFenrowVars), true},
-    {{MacroSetValue_LIMITS, MacroSetValue_MAXNUMPICKOBJECTS, -1}, Field_Int, &AboveZeroLgIndexInputSpec, GB(MaxNumPickObjects), true},
-    {{MacroSetValue_LIMITS, MacroSetValue_MAXTHREADS, -1}, Field_Int, &ZeroAndAboveLgIndexInputSpec, GB(MaxThreads), true},
-    {{MacroSetValue_LIMITS, MacroSetValue_MAXAVAILABLEPROCESSORS, -1}, Field_Int, &ProcessorsInputSpec, GB(MaxAvailableProcessors), true},
-    {{MacroSetValue_LIMITS, MacroSetValue_MAXUSABLEMEMORY, -1}, Field_Long, &ZeroAndAboveLgIndexInputSpec, GB(MaxUsableMemoryMB), true},
-    {{MacroSetValue_LIMITS, MacroSetValue_IPCTIMEOUTSECONDS, -1}, Field_Int, &ZeroAndAboveLgIndexInputSpec, GB(IPCTimeoutSeconds), true},
-    {{MacroSetValue_LIMITS, MacroSetValue_LODTHRESHOLDMINFRACT, -1}, Field_Double, &ZeroToOneInputSpec, GB(LODThresholdMinFract), false},
-    {{MacroSetValue_LIMITS, MacroSetValue_LODTHRESHOLDMAXFRACT, -1}, Field_Double, &ZeroToOneInputSpec, GB(LODThresholdMaxFract), false},
-    // $!INTERFACE
-    {{MacroSetValue_INTERFACE, MacroSetValue_PRINTDEBUG, -1}, Field_Bool, nullptr, GB(Debug), false},
-    {{MacroSetValue_INTERFACE, MacroSetValue_ENABLEDELAYS, -1}, Field_Bool, nullptr, GB(EnableDelays), false},
-    {{MacroSetValue_INTERFACE, MacroSetValue_ENABLEPAUSES, -1}, Field_Bool, nullptr, GB(EnablePauses), false},
-    {{MacroSetValue_INTERFACE, MacroSetValue_ENABLEWARNINGS, -1}, Field_Bool, nullptr, GB(EnableWarnings), false},
-    {{MacroSetValue_INTERFACE, MacroSetValue_ENABLEINTERRUPTS, -1}, Field_Bool, nullptr, GB(EnableInterrupts), false},
-    {{MacroSetValue_INTERFACE, MacroSetValue_OKTOEXECUTESYSTEMCOMMAND, -1}, Field_Bool, nullptr, GB(OkToExecuteSystemCommand), false},
-    {{MacroSetValue_INTERFACE, MacroSetValue_MAXNUMUNDOLEVELS, -1}, Field_Int, &ZeroAndAboveLgIndexInputSpec, GB(NumUndoLevels), false},
-    {{MacroSetValue_INTERFACE, MacroSetValue_INITIALPLOTTYPE, -1}, Field_Enum, nullptr, GB(InitialPlotType), false},
-    {{MacroSetValue_INTERFACE, MacroSetValue_INITIALPLOTFIRSTZONEONLY, -1}, Field_Bool, nullptr, GB(InitialPlotFirstZoneOnly), false},
-    {{MacroSetValue_INTERFACE, MacroSetValue_USEINITIALPLOTDIALOG, -1}, Field_Bool, nullptr, GB(UseInitialPlotDialog), false},
-    // $!FILECONFIG
-    {{MacroSetValue_FILECONFIG, MacroSetValue_DATAFILEVARLOADMODE, -1}, Field_Enum, nullptr, GB(DataFileVarLoadMode), false},
-    {{MacroSetValue_FILECONFIG, MacroSetValue_ASSIGNSTRANDIDS, -1}, Field_Bool, nullptr, GB(AssignStrandIDs), false},
-    {{MacroSetValue_FILECONFIG, MacroSetValue_USEMEMORYMAPPEDIO, -1}, Field_Bool, nullptr, GB(UseMemoryMappedIO), false},
-    {{MacroSetValue_FILECONFIG, MacroSetValue_MEMORYMAPPEDIOSIZETHRESHOLD, -1}, Field_Long, &ZeroAndAboveLgIndexInputSpec, GB(MemoryMappedIOSizeThreshold), false},
-    {{MacroSetValue_FILECONFIG, MacroSetValue_LOADONDEMAND, MacroSetValue_ALLOW, -1}, Field_Bool, nullptr, GB(LoadOnDemandAllow), false},
-    {{MacroSetValue_FILECONFIG, MacroSetValue_LOADONDEMAND, MacroSetValue_UNLOADSTRATEGY, -1}, Field_Enum, nullptr, GB(LoadOnDemandUnloadStrategy), false},
-    {{MacroSetValue_FILECONFIG, MacroSetValue_LOADONDEMAND, MacroSetValue_DATASTORESTRATEGY, -1}, Field_Enum, nullptr, GB(LoadOnDemandDataStoreStrategy), false},
-    // $!COMPATIBILITY
-    {{MacroSetValue_COMPATIBILITY, MacroSetValue_ALLOWDATASHARING, -1}, Field_Bool, nullptr, GB(AllowDataSharing), false},
+// Walks the path from entry `depth` through the blocks of the record down to one value.
+SetValueReturnCode_e resolve(const StyleRecord_s &record, void *base, const int path[7], int depth,
+                             ResolvedField_s *resolved) {
+    const StyleRecord_s *table = &record;
+    void *current = base;
+    int lastRow = path[0];
+    while (true) {
+        if (depth >= 7 || path[depth] < 0) return badOption(lastRow, path[0]);  // a block with nothing chosen in it
+        int row = path[depth];
+        const StyleField_s *field = findField(*table, row);
+        if (field == nullptr) return badOption(row, path[0]);
+        lastRow = row;
+        if (field->Kind == StyleField_Block) {
+            current = field->Target(current);
+            table = field->Sub;
+            depth++;
+            continue;
+        }
+        if (field->Kind == StyleField_NumberedBlock) {
+            void *element = depth + 1 < 7 && path[depth + 1] >= 0 ? field->Element(current, path[depth + 1]) : nullptr;
+            if (element == nullptr) return fail(SetValue_ValueRangeError, field->BadNumberMessage);
+            current = element;
+            table = field->Sub;
+            depth += 2;
+            continue;
+        }
+        if (depth + 1 < 7 && path[depth + 1] >= 0) return badOption(path[depth + 1], path[0]);  // a value has no rows below it
+        *resolved = ResolvedField_s{field, current, row};
+        return SetValue_Ok;
+    }
+}
+
+InputSpecs_s specOf(const ResolvedField_s &resolved) {
+    InputSpecs_s spec = resolved.Field->Spec != nullptr ? *resolved.Field->Spec : DoubleInputSpec;
+    if (resolved.Field->AdjustSpec != nullptr) resolved.Field->AdjustSpec(resolved.Record, &spec);
+    return spec;
+}
+
+// Sets a number through its typed setter under the given input rules.
+SetValueReturnCode_e setNumber(const StyleField_s &field, int row, void *target, ArbParam_t argValue,
+                               double doubleValue, AssignOp_e op, const InputSpecs_s &spec) {
+    switch (field.Kind) {
+        case StyleField_Int: return SetIntegerValue(row, static_cast<int *>(target), op, double(argValue), spec);
+        case StyleField_Long: return SetLgIndexValue(row, static_cast<long *>(target), op, double(argValue), spec);
+        case StyleField_EntIndex:
+            // The rules may be a narrowed copy; the unset value belongs to the plain entity rules.
+            return setInteger(row, static_cast<int *>(target), op, double(argValue), spec, field.Spec == &EntIndexInputSpec);
+        default: return SetDoubleValue(row, static_cast<double *>(target), op, doubleValue, spec);
+    }
+}
+
+}  // namespace
+
+SetValueReturnCode_e SetStyleRecordValue(const StyleRecord_s &record, void *base, const int path[7], int depth,
+                                         ArbParam_t argValue, double doubleValue, AssignOp_e assignOp) {
+    ResolvedField_s resolved;
+    SetValueReturnCode_e code = resolve(record, base, path, depth, &resolved);
+    if (code != SetValue_Ok) return code;
+    const StyleField_s &field = *resolved.Field;
+    int row = resolved.Row;
+    if ((field.Flags & StyleFieldFlag_ConfigFileOnly) != 0 && !IsProcessingConfigFile)
+        return fail(SetValue_LimitsOutsideConfig,
+                    "The $!" + rowName(path[0]) + " sub-command option is only allowed within the configuration file.");
+    void *target = field.Target(resolved.Record);
+    switch (field.Kind) {
+        case StyleField_Bool: code = SetBooleanValue(row, static_cast<bool *>(target), assignOp, argValue); break;
+        case StyleField_Int:
+        case StyleField_Long:
+        case StyleField_EntIndex:
+        case StyleField_Double: {
+            if (field.AdjustSpec != nullptr) {
+                // The range of the kind first, then the one the record's other values allow, so
+                // that a value outside both is reported against the first.
+                long scratchLong = field.Kind == StyleField_Long ? *static_cast<long *>(target) : 0;
+                int scratchInt = field.Kind == StyleField_Int || field.Kind == StyleField_EntIndex ? *static_cast<int *>(target) : 0;
+                double scratchDouble = field.Kind == StyleField_Double ? *static_cast<double *>(target) : 0.0;
+                void *scratch = field.Kind == StyleField_Long ? static_cast<void *>(&scratchLong)
+                                : field.Kind == StyleField_Double ? static_cast<void *>(&scratchDouble)
+                                                                  : static_cast<void *>(&scratchInt);
+                code = setNumber(field, row, scratch, argValue, doubleValue, assignOp, *field.Spec);
+                if (!ReturnCodeOk(code)) break;
+            }
+            code = setNumber(field, row, target, argValue, doubleValue, assignOp, specOf(resolved));
+            break;
+        }
+        case StyleField_Enum: {
+            if (assignOp != AssignOp_Equals) {
+                code = badOperator(row);
+                break;
+            }
+            int *value = static_cast<int *>(target);
+            code = CheckEnumValue(*value, int(argValue), row);
+            if (code == SetValue_Ok) *value = int(argValue);
+            break;
+        }
+        case StyleField_RGBComponent:
+            code = SetRGBComponentValue(row, static_cast<int16_t *>(target), assignOp, doubleValue);
+            break;
+        case StyleField_String:
+            code = SetStringValue(row, static_cast<std::string *>(target), assignOp, reinterpret_cast<const char *>(argValue));
+            break;
+        case StyleField_FileName:
+            code = SetFNameValue(row, static_cast<std::string *>(target), assignOp, reinterpret_cast<const char *>(argValue));
+            break;
+        case StyleField_Set:
+            code = SetSetValue(row, static_cast<Set_a **>(target), reinterpret_cast<const Set_a *>(argValue),
+                               SetIndex_t(field.Spec->Max) + 1, assignOp);
+            break;
+        case StyleField_Block:
+        case StyleField_NumberedBlock: code = badOption(row, path[0]); break;
+    }
+    if (code == SetValue_Ok && field.AfterChange != nullptr) field.AfterChange();
+    return code;
+}
+
+SetValueReturnCode_e GetStyleRecordValue(const StyleRecord_s &record, void *base, const int path[7], int depth,
+                                         double *doubleOut, ArbParam_t *argOut) {
+    ResolvedField_s resolved;
+    std::string savedError = LastSetValueError;  // reading leaves the last set error alone
+    SetValueReturnCode_e code = resolve(record, base, path, depth, &resolved);
+    LastSetValueError = savedError;
+    if (code != SetValue_Ok) return SetValue_InvalidCommandOption;
+    const StyleField_s &field = *resolved.Field;
+    void *target = field.Target(resolved.Record);
+    InputSpecs_s spec = specOf(resolved);
+    switch (field.Kind) {
+        case StyleField_Bool: *argOut = *static_cast<bool *>(target) ? 1 : 0; break;
+        case StyleField_Int:
+        case StyleField_EntIndex: *argOut = ArbParam_t(*static_cast<int *>(target) + LgIndex_t(spec.InterfaceAdjust)); break;
+        case StyleField_Long: *argOut = ArbParam_t(*static_cast<long *>(target) + LgIndex_t(spec.InterfaceAdjust)); break;
+        case StyleField_Double:
+            *doubleOut = *static_cast<double *>(target) * (spec.InterfaceAdjust != 0 ? spec.InterfaceAdjust : 1.0);
+            break;
+        case StyleField_Enum: *argOut = *static_cast<int *>(target); break;
+        case StyleField_RGBComponent: *doubleOut = *static_cast<int16_t *>(target); break;
+        case StyleField_String:
+        case StyleField_FileName:
+            *argOut = reinterpret_cast<ArbParam_t>(static_cast<std::string *>(target)->c_str());
+            break;
+        case StyleField_Set: *argOut = reinterpret_cast<ArbParam_t>(*static_cast<Set_a **>(target)); break;
+        case StyleField_Block:
+        case StyleField_NumberedBlock: return SetValue_InvalidCommandOption;
+    }
+    return SetValue_Ok;
+}
+
+// ---- the tree --------------------------------------------------------------------------------
+
+void CategorizeMajorCommand(int row, bool *isFrame, bool *isGeneral) {
+    *isFrame = (row >= 504 && row <= 516) || row == 521 || (row >= 525 && row <= 529) || (row >= 533 && row <= 540) ||
+               (row >= 542 && row <= 550) || row == 552 || row == 553 || (row >= 396 && row <= 400) || row == 1208 ||
+               row == 554 || row == 555 || row == 139 || row == 140;
+    *isGeneral = (row >= 983 && row <= 999) || row == 1371 || row == 1389;
+}
+
+namespace {
+
+// The major rows followed by a group number, with the range of the number and its messages: one
+// for text that is no integer, one for a number outside the groups.
+struct GroupedMajor_s {
+    int Row;
+    const InputSpecs_s *Spec;
+    const char *Message;
+    const char *RangeMessage;
+};
+const GroupedMajor_s GroupedMajors[] = {
+    {MacroSetValue_GLOBALCONTOUR, &ContourGroupInputSpec, "Invalid Global Contour number",
+     "Invalid value global contour index"},
+    {MacroSetValue_GLOBALISOSURFACE, &IsoSurfaceGroupInputSpec, "Invalid group number specified.",
+     "Invalid group number specified."},
+    {MacroSetValue_ISOSURFACEATTRIBUTES, &IsoSurfaceGroupInputSpec, "Invalid group number specified.",
+     "Invalid group number specified."},
+    {MacroSetValue_GLOBALSLICE, &SliceGroupInputSpec, "Invalid group number specified.", "Invalid group number specified."},
+    {MacroSetValue_SLICEATTRIBUTES, &SliceGroupInputSpec, "Invalid group number specified.",
+     "Invalid group number specified."},
+    {MacroSetValue_GLOBALCOLORMAP, &ColorMapGroupInputSpec, "Invalid group number specified in $!GLOBALCOLORMAP command.",
+     "Invalid group number specified in $!GLOBALCOLORMAP command."},
 };
 
-#undef GB
+const GroupedMajor_s *findGroupedMajor(int row) {
+    for (const GroupedMajor_s &major : GroupedMajors)
+        if (major.Row == row) return &major;
+    return nullptr;
+}
+
+// The blocks whose rows belong to a number written behind them; XDETAIL and YDETAIL only
+// directly below XYAXIS or XYLINEAXIS.
+const char *numberedParentMessage(int row, int enclosingRow) {
+    if (row == MacroSetValue_COLORMAPOVERRIDE) return "Invalid ColorMap Override number";
+    if (row == MacroSetValue_CONSTRAINT) return "Invalid Value Blanking Constraint number";
+    if (row == MacroSetValue_CONTROLPOINT) return "Invalid color map control point";
+    if ((row == MacroSetValue_XDETAIL || row == MacroSetValue_YDETAIL) &&
+        (enclosingRow == MacroSetValue_XYAXIS || enclosingRow == MacroSetValue_XYLINEAXIS))
+        return "Invalid Axis Number for X- or Y-Axis Detail";
+    return nullptr;
+}
+
+// True if path entry n is a number rather than a row.
+bool isPathNumber(const int path[7], int n) {
+    if (n == 1) return findGroupedMajor(path[0]) != nullptr;
+    return n >= 2 && path[n - 1] >= 0 && !isPathNumber(path, n - 1) &&
+           numberedParentMessage(path[n - 1], path[n - 2]) != nullptr;
+}
+
+// $!COLORMAP and $!COLORSPECTRUM are old spellings of $!GLOBALCOLORMAP 1. False if the path is
+// too long to take the group number.
+bool normalizePath(const int path[7], int normalized[7]) {
+    if (path[0] != MacroSetValue_COLORMAP && path[0] != MacroSetValue_COLORSPECTRUM) {
+        for (int n = 0; n < 7; n++) normalized[n] = path[n];
+        return true;
+    }
+    normalized[0] = MacroSetValue_GLOBALCOLORMAP;
+    normalized[1] = 1;
+    for (int n = 1; n < 6; n++) normalized[n + 1] = path[n];
+    return path[6] < 0;
+}
 
 // Frame values that need more than a store: handled by name below.
 bool isFrameSpecial(const int path[7]) {
@@ -99,151 +533,15 @@ bool isFrameSpecial(const int path[7]) {
            (path[0] == MacroSetValue_GLOBALTIME && path[1] == MacroSetValue_SOLUTIONTIME && path[2] == -1);
 }
 
-const StyleField_s *findField(const int path[7]) {
-    for (const StyleField_s &field : GeneralFields) {
-        bool same = true;
-        for (int n = 0; n < 7 && same; n++) {
-            int want = n < 4 ? field.Path[n] : -1;
-            if (n < 4 && field.Path[n] == -1) want = -1;
-            same = (path[n] == want);
-            if (n < 4 && field.Path[n] == -1) {
-                for (int m = n; m < 7 && same; m++) same = path[m] == -1;
-                break;
-            }
-        }
-        if (same) return &field;
-    }
-    return nullptr;
-}
-
-std::string pathName(const int path[7]) {
-    int last = 0;
-    while (last + 1 < 7 && path[last + 1] >= 0) last++;
-    return SetValueCommandList[path[last]].Name;
-}
-
-SetValueReturnCode_e fail(SetValueReturnCode_e code, const std::string &message) {
-    LastSetValueError = message;
-    return code;
-}
-
-std::string rangeText(const InputSpecs_s &spec) {
-    char text[160];
-    double adjust = spec.Type == InputSpecType_Double || spec.Type == InputSpecType_Float ? spec.InterfaceAdjust : 1.0;
-    double offset = spec.Type == InputSpecType_Double || spec.Type == InputSpecType_Float ? 0.0 : spec.InterfaceAdjust;
-    double min = spec.Min * adjust + offset, max = spec.Max * adjust + offset;
-    if (max >= 1e150 || max >= 2147483646)
-        snprintf(text, sizeof(text), "must be greater than or equal to %G.", min);
-    else
-        snprintf(text, sizeof(text), "must be between %G and %G.", min, max);
-    return text;
-}
-
-SetValueReturnCode_e outOfRange(const int path[7], const InputSpecs_s &spec) {
-    return fail(SetValue_ValueRangeError, "\"" + pathName(path) + "\" " + rangeText(spec));
-}
-
-// Applies an assignment operator to the current value.
-bool applyOp(AssignOp_e op, double current, double value, double *result, const int path[7], SetValueReturnCode_e *code) {
-    switch (op) {
-    case AssignOp_Equals: *result = value; return true;
-    case AssignOp_PlusEquals: *result = current + value; return true;
-    case AssignOp_MinusEquals: *result = current - value; return true;
-    case AssignOp_TimesEquals: *result = current * value; return true;
-    case AssignOp_DivideEquals:
-        if (value == 0.0) {
-            *code = fail(SetValue_ValueRangeError, "Divide by zero");
-            return false;
-        }
-        *result = current / value;
-        return true;
-    default:
-        *code = fail(SetValue_AssignOpError, "Not allowed to use suffix for \"" + pathName(path) + "\"");
-        return false;
-    }
-}
-
-SetValueReturnCode_e setNumber(const StyleField_s &field, const int path[7], AssignOp_e op, double value) {
-    const InputSpecs_s &spec = *field.Spec;
-    bool isDouble = field.Kind == Field_Double;
-    double current = isDouble ? *static_cast<double *>(field.Target())
-                              : field.Kind == Field_Long ? double(*static_cast<long *>(field.Target()))
-                                                         : double(*static_cast<int *>(field.Target()));
-    // Macro values are in interface units: a factor for doubles, an offset for integers.
-    double stored = isDouble ? value / (spec.InterfaceAdjust != 0 ? spec.InterfaceAdjust : 1.0) : value - spec.InterfaceAdjust;
-    double result;
-    SetValueReturnCode_e code = SetValue_Ok;
-    if (!applyOp(op, current, stored, &result, path, &code)) return code;
-    if (!isDouble) result = std::trunc(result);
-    if (!(result >= spec.Min && result <= spec.Max)) return outOfRange(path, spec);
-    if (result == current) return SetValue_DuplicateValue;
-    if (isDouble)
-        *static_cast<double *>(field.Target()) = result;
-    else if (field.Kind == Field_Long)
-        *static_cast<long *>(field.Target()) = long(result);
-    else
-        *static_cast<int *>(field.Target()) = int(result);
-    return SetValue_Ok;
-}
-
-SetValueReturnCode_e setField(const StyleField_s &field, const int path[7], ArbParam_t arg, double value,
-                              AssignOp_e op) {
-    if (field.ConfigOnly && !IsProcessingConfigFile)
-        return fail(SetValue_LimitsOutsideConfig,
-                    "The $!LIMITS sub-command option is only allowed within the configuration file.");
-    switch (field.Kind) {
-    case Field_Bool: {
-        bool *target = static_cast<bool *>(field.Target());
-        bool wanted = arg != 0;
-        if (wanted == *target) return SetValue_DuplicateValue;
-        *target = wanted;
-        return SetValue_Ok;
-    }
-    case Field_Enum: {
-        int *target = static_cast<int *>(field.Target());
-        int leaf = 0;
-        while (leaf + 1 < 7 && path[leaf + 1] >= 0) leaf++;
-        int set = GetSetValueEnumSet(path[leaf]);
-        if (!IsEnumValueInSet(set, int(arg)))
-            return fail(SetValue_ValueRangeError, "Invalid Option for \"" + pathName(path) + "\"");
-        if (*target == int(arg)) return SetValue_DuplicateValue;
-        *target = int(arg);
-        return SetValue_Ok;
-    }
-    case Field_Double:
-        return setNumber(field, path, op, value);
-    case Field_Int:
-    case Field_Long:
-        return setNumber(field, path, op, double(arg));
-    case Field_String: {
-        std::string *target = static_cast<std::string *>(field.Target());
-        const char *text = reinterpret_cast<const char *>(arg);
-        if (text != nullptr && *target == text) return SetValue_DuplicateValue;
-        *target = text != nullptr ? text : "";
-        return SetValue_Ok;
-    }
-    }
-    return SetValue_InvalidCommandOption;
-}
-
 SetValueReturnCode_e setFrameSpecial(const int path[7], ArbParam_t arg, double value, AssignOp_e op) {
     if (CurFrame == nullptr) return fail(SetValue_ContextError, "There is no current frame.");
-    if (path[0] == MacroSetValue_FRAMENAME) {
-        const char *text = reinterpret_cast<const char *>(arg);
-        std::string name = text != nullptr ? text : "";
-        if (name == CurFrame->Name) return SetValue_DuplicateValue;
-        CurFrame->Name = name;
-        return SetValue_Ok;
-    }
+    if (path[0] == MacroSetValue_FRAMENAME) return SetStringValue(path[0], &CurFrame->Name, op, reinterpret_cast<const char *>(arg));
     // $!GLOBALTIME SOLUTIONTIME
     if (CurFrame->DataSet == nullptr) return fail(SetValue_NoAttachedDatasetError, "Current frame must have an attached data set.");
-    double result;
-    SetValueReturnCode_e code = SetValue_Ok;
-    if (!applyOp(op, CurFrame->SolutionTime, value, &result, path, &code)) return code;
-    if (!std::isfinite(result) || std::fabs(result) > 1e150) return outOfRange(path, DoubleInputSpec);
-    if (result == CurFrame->SolutionTime) return SetValue_DuplicateValue;
-    SetFrameSolutionTime(CurFrame, result);
-    return SetValue_Ok;
+    double time = CurFrame->SolutionTime;
+    SetValueReturnCode_e code = SetDoubleValue(path[1], &time, op, value, DoubleInputSpec);
+    if (code == SetValue_Ok) SetFrameSolutionTime(CurFrame, time);
+    return code;
 }
 
 void announce(const int path[7]) {
@@ -253,6 +551,21 @@ void announce(const int path[7]) {
     }
     for (int n = 0; n < 7 && path[n] >= 0; n++) StateChangeSupplementalInfoSetStyleParam(n, path[n]);
     StateChanged(StateChange_Style, nullptr);
+}
+
+void printDebug(SetValueReturnCode_e code, ArbParam_t argValue, double doubleValue, const int path[7]) {
+    char prefix[64];
+    snprintf(prefix, sizeof(prefix), "SV: D=%-6G I=%-4d", doubleValue, int(argValue));
+    std::string text = std::string(code == SetValue_DuplicateValue ? "SV DUPLICATE! :" : !ReturnCodeOk(code) ? "SV FAILED! :" : "") + prefix;
+    for (int n = 0; n < 7 && path[n] >= 0; n++) {
+        char part[32];
+        if (isPathNumber(path, n))
+            snprintf(part, sizeof(part), " P=%-14d", path[n]);
+        else
+            snprintf(part, sizeof(part), " P=%-14s", rowName(path[n]).c_str());
+        text += part;
+    }
+    fprintf(StdError, "%s\n", text.c_str());
 }
 
 }  // namespace
@@ -265,63 +578,83 @@ SetValueReturnCode_e CombineSetValueReturnCodes(SetValueReturnCode_e a, SetValue
 
 const std::string &GetLastSetValueErrorString() { return LastSetValueError; }
 
-bool IsSetValueMajorAvailable(int row) {
-    if (row == MacroSetValue_FRAMENAME || row == MacroSetValue_GLOBALTIME) return true;
-    for (const StyleField_s &field : GeneralFields)
-        if (field.Path[0] == row) return true;
-    return false;
+namespace {
+
+// Map style lives per field map and line map, which frames do not hold yet: their template
+// records exist, but a command naming maps must not silently change only the template.
+bool isMapStyleRow(int row) {
+    return row == MacroSetValue_FIELD || row == MacroSetValue_FIELDMAP || row == MacroSetValue_LINEMAP ||
+           row == MacroSetValue_XYMAP;
 }
 
-SetValueReturnCode_e SetValue7(ArbParam_t argValue, double doubleValue, AssignOp_e assignOp, const int path[7],
+// The frame record a frame row addresses: the base record while the configuration file runs,
+// else the current frame's.
+FrameStyle_s *frameStyleTarget() {
+    if (IsProcessingConfigFile) return &FrameBase;
+    return CurFrame != nullptr ? &CurFrame->Style : nullptr;
+}
+
+}  // namespace
+
+bool IsSetValueMajorAvailable(int row) {
+    bool isFrame, isGeneral;
+    CategorizeMajorCommand(row, &isFrame, &isGeneral);
+    return isGeneral || row == MacroSetValue_FRAMENAME || row == MacroSetValue_GLOBALTIME ||
+           (isFrame && IsFrameStyleMajorRow(row) && !isMapStyleRow(row));
+}
+
+SetValueReturnCode_e SetValue7(ArbParam_t argValue, double doubleValue, AssignOp_e assignOp, const int pathIn[7],
                                bool raiseStateChange) {
     LastSetValueError.clear();
+    int path[7];
+    bool isFrame, isGeneral;
+    CategorizeMajorCommand(pathIn[0], &isFrame, &isGeneral);
     SetValueReturnCode_e code;
-    if (isFrameSpecial(path)) {
+    if (!normalizePath(pathIn, path)) {
+        code = badOption(pathIn[6], pathIn[0]);
+    } else if (isFrameSpecial(path)) {
         code = setFrameSpecial(path, argValue, doubleValue, assignOp);
-    } else if (const StyleField_s *field = findField(path)) {
-        code = setField(*field, path, argValue, doubleValue, assignOp);
+    } else if (isGeneral) {
+        code = GeneralState_s_SetValue(path, argValue, doubleValue, assignOp);
+    } else if (isFrame && IsFrameStyleMajorRow(path[0]) && !isMapStyleRow(path[0])) {
+        FrameStyle_s *style = frameStyleTarget();
+        std::string error;
+        code = style == nullptr ? fail(SetValue_ContextError, "There is no current frame.")
+                                : SetValueReturnCode_e(FrameStyleSetValue(style, path, argValue, doubleValue,
+                                                                          int(assignOp), &error));
+        if (!error.empty()) LastSetValueError = error;
+    } else if (isFrame) {
+        code = fail(SetValue_InvalidCommandOption, "$!" + rowName(path[0]) + " is not available yet.");
     } else {
-        char text[512];
-        snprintf(text, sizeof(text), "Invalid option \"%s\"\nfor command: \"%s\"", pathName(path).c_str(),
-                 SetValueCommandList[path[0]].Name);
+        char text[64];
+        snprintf(text, sizeof(text), "Invalid Major Command (%d)", path[0]);
         code = fail(SetValue_InvalidCommandOption, text);
     }
-    if (GeneralBase.Debug) {
-        char prefix[64];
-        snprintf(prefix, sizeof(prefix), "SV: D=%-6G I=%-4d", doubleValue, int(argValue));
-        std::string text = std::string(code == SetValue_DuplicateValue ? "SV DUPLICATE! :" : !ReturnCodeOk(code) ? "SV FAILED! :" : "") + prefix;
-        for (int n = 0; n < 7 && path[n] >= 0; n++) {
-            char part[32];
-            snprintf(part, sizeof(part), " P=%-14s", SetValueCommandList[path[n]].Name);
-            text += part;
-        }
-        fprintf(StdError, "%s\n", text.c_str());
-    }
+    if (GeneralBase.Debug) printDebug(code, argValue, doubleValue, path);
     if (code == SetValue_Ok && raiseStateChange && !IsProcessingStylesheet) announce(path);
     return code;
 }
 
-SetValueReturnCode_e GetValue(double *doubleOut, ArbParam_t *argOut, const int path[7]) {
-    if (path[0] == MacroSetValue_FRAMENAME && path[1] == -1 && CurFrame != nullptr) {
-        *argOut = reinterpret_cast<ArbParam_t>(CurFrame->Name.c_str());
+SetValueReturnCode_e GetValue(double *doubleOut, ArbParam_t *argOut, const int pathIn[7]) {
+    int path[7];
+    if (!normalizePath(pathIn, path)) return SetValue_InvalidCommandOption;
+    if (isFrameSpecial(path)) {
+        if (CurFrame == nullptr) return SetValue_ContextError;
+        if (path[0] == MacroSetValue_FRAMENAME)
+            *argOut = reinterpret_cast<ArbParam_t>(CurFrame->Name.c_str());
+        else
+            *doubleOut = CurFrame->SolutionTime;
         return SetValue_Ok;
     }
-    if (isFrameSpecial(path) && CurFrame != nullptr) {
-        *doubleOut = CurFrame->SolutionTime;
-        return SetValue_Ok;
+    bool isFrame, isGeneral;
+    CategorizeMajorCommand(path[0], &isFrame, &isGeneral);
+    if (isGeneral) return GeneralState_s_GetValue(path, doubleOut, argOut);
+    if (isFrame && IsFrameStyleMajorRow(path[0]) && !isMapStyleRow(path[0])) {
+        const FrameStyle_s *style = frameStyleTarget();
+        if (style == nullptr) return SetValue_ContextError;
+        return SetValueReturnCode_e(FrameStyleGetValue(style, path, doubleOut, argOut));
     }
-    const StyleField_s *field = findField(path);
-    if (field == nullptr) return SetValue_InvalidCommandOption;
-    void *target = field->Target();
-    switch (field->Kind) {
-    case Field_Bool: *argOut = *static_cast<bool *>(target) ? 1 : 0; break;
-    case Field_Enum: *argOut = *static_cast<int *>(target); break;
-    case Field_Int: *argOut = ArbParam_t(*static_cast<int *>(target) + LgIndex_t(field->Spec->InterfaceAdjust)); break;
-    case Field_Long: *argOut = ArbParam_t(*static_cast<long *>(target) + LgIndex_t(field->Spec->InterfaceAdjust)); break;
-    case Field_Double: *doubleOut = *static_cast<double *>(target) * field->Spec->InterfaceAdjust; break;
-    case Field_String: *argOut = reinterpret_cast<ArbParam_t>(static_cast<std::string *>(target)->c_str()); break;
-    }
-    return SetValue_Ok;
+    return SetValue_InvalidCommandOption;
 }
 
 void BeginSetValueBlock(int row) {
@@ -339,6 +672,8 @@ void EndSetValueBlock(int row) {
     }
 }
 
+// ---- walking a compressed set command --------------------------------------------------------
+
 namespace {
 
 struct SubCommandWalker {
@@ -349,6 +684,18 @@ struct SubCommandWalker {
     bool report(const std::string &message) {
         ErrBadMacro(message.c_str(), line, command, true);
         return false;
+    }
+
+    // The number behind a grouped major row or a numbered block, into path[at]: a whole number
+    // from 1 on (a group number within its range).
+    bool number(const char **p, int at, const char *message, const InputSpecs_s *spec, const char *rangeMessage = nullptr) {
+        LgIndex_t value;
+        if (!ScanCompressedForInteger(p, &value)) return report(message);
+        if (rangeMessage == nullptr) rangeMessage = message;
+        if (value < 1) return report(rangeMessage);
+        if (spec != nullptr && !inRange(double(value) - spec->InterfaceAdjust, *spec)) return report(rangeMessage);
+        path[at] = value;
+        return true;
     }
 
     // Leaves and blocks from *p at path depth `depth` (entries below it are set).
@@ -374,14 +721,19 @@ struct SubCommandWalker {
                 if (++at >= 7) return report("Macro has Too Many Sub-Options");
                 path[at] = row;
             }
-            for (int n = at + 1; n < 7; n++) path[n] = -1;
             if (GetSetValueKind(row) == SetValueKind_Parent) {
+                if (const char *message = numberedParentMessage(row, at > 0 ? path[at - 1] : -1)) {
+                    if (++at >= 7) return report("Macro has Too Many Sub-Options");
+                    if (!number(p, at, message, nullptr)) return false;
+                }
+                for (int n = at + 1; n < 7; n++) path[n] = -1;
                 while (**p == ' ') (*p)++;
                 if (**p != '{') return report("Expecting Start of sub-command section.");
                 (*p)++;
                 if (!walk(p, at + 1, true)) return false;
                 continue;
             }
+            for (int n = at + 1; n < 7; n++) path[n] = -1;
             if (!leaf(p, row)) return false;
         }
     }
@@ -414,9 +766,27 @@ bool ProcessSetValueSubCommands(int majorRow, const char *text, int line, const 
     }
     SubCommandWalker walker{line, command, {majorRow, -1, -1, -1, -1, -1, -1}};
     const char *p = text;
+    int depth = 1;
+    if (majorRow == MacroSetValue_COLORMAP || majorRow == MacroSetValue_COLORSPECTRUM) {
+        // The old forms name their group; only group 1 was ever kept, so any other does nothing.
+        LgIndex_t group;
+        const char *q = p;
+        if (ScanCompressedForInteger(&q, &group)) {
+            if (group != 1) return true;
+            p = q;
+        }
+    } else if (const GroupedMajor_s *grouped = findGroupedMajor(majorRow)) {
+        if (majorRow == MacroSetValue_GLOBALCONTOUR && !IsProcessingConfigFile &&
+            (CurFrame == nullptr || CurFrame->DataSet == nullptr)) {
+            ErrBadMacro("No data set available.", line, command, true);
+            return false;
+        }
+        if (!walker.number(&p, 1, grouped->Message, grouped->Spec, grouped->RangeMessage)) return false;
+        depth = 2;
+    }
     if (GetSetValueKind(majorRow) != SetValueKind_Parent) return walker.leaf(&p, majorRow);
     BeginSetValueBlock(majorRow);
-    bool ok = walker.walk(&p, 1, false);
+    bool ok = walker.walk(&p, depth, false);
     EndSetValueBlock(majorRow);
     return ok;
 }

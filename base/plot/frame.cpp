@@ -14,6 +14,7 @@
 #include "base/data/strand.h"
 #include "base/kernel/errors.h"
 #include "base/kernel/statechg.h"
+#include "base/macro/setvalue.h"
 #include "base/plot/solntime.h"
 
 Frame_s *CurFrame = nullptr;
@@ -75,6 +76,7 @@ bool CreateNewFrame() {
     snprintf(name, sizeof(name), "Frame %03d", ++framesMade);
     frame->Name = name;
     frame->UniqueID = GetNextUniqueID();
+    frame->Style = GetFrameTemplate(FrameStyleBase == StyleBase_Factory);
     CurFrame = frame.get();
     FrameStack.insert(FrameStack.begin(), std::move(frame));
     return true;

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/data/dataio.h"
+#include "base/plot/framestyle.h"
 
 struct DataSet_s;
 struct FrameZoneList_s;
@@ -37,6 +38,7 @@ struct Frame_s {
     std::vector<Geom_s> Geoms;
     PlotType_e PlotType = PlotType_Sketch;
     bool InitialPlotFirstZoneOnly = false;
+    FrameStyle_s Style;  // a copy of the frame template when the frame is made
 
     // Solution time: the frame's time, its time steps and the animation range.
     double SolutionTime = 0.0;

@@ -333,7 +333,7 @@ TEST(MacroE2E, SetValueErrorsKeepTheOldValue) {
         {"$!INTERFACE ENABLEPAUSES = MAYBE\n", "Expecting One of: "},
         {"$!LIMITS PRINTDEBUG = YES\n", "Invalid option \"PRINTDEBUG\"\nfor command: \"LIMITS\""},
         {"$!GLOBALTIME SOLUTIONTIME = 1\n", "Current frame must have an attached data set."},
-        {"$!PAPER SHOWGRID = NO\n", "$!PAPER is not available yet."},
+        {"$!FIELDMAP [1] MESH { SHOW = NO }\n", "$!FIELDMAP is not available yet."},
     };
     for (const Case &c : cases) {
         MacroRun run = runMacro(s, c.body + echo("after") + "$!INTERNAL \"GETVALUE LIMITS LODTHRESHOLDMINFRACT\"\n");
@@ -433,6 +433,112 @@ TEST(MacroE2E, WriteDataSetRoundTrips) {
                                "$!READDATASET '\"out.plt\"'\n" + echo("|NUMZONES| |ZONENAME[1]| |MAXVAR[2]|"));
     EXPECT_EQ(echoes(run.log), (std::vector<std::string>{"1 b 50"})) << run.log;
     EXPECT_TRUE(s.exists("out.plt"));
+}
+
+// ---- the general style ----------------------------------------------------------------------
+
+TEST(MacroE2E, ConfigurationFileSetsExportAndPaper) {
+    Scratch s;
+    s.write("orvanex.cfg", "#!MC 1100\n"
+                           "$!EXPORTSETUP IMAGEWIDTH = 1024 EXPORTFORMAT = JPEG QUALITY = 90\n"
+                           "$!PAPER PAPERSIZE = A4 ORIENTPORTRAIT = YES SHOWGRID = NO\n"
+                           "$!PAPER PAPERSIZEINFO { A4 { WIDTH = 21 CM } } REGIONINWORKAREA { X2 = 9 }\n"
+                           "$!GLOBALFRAME FRAMEHEADERHEIGHT = 0.3\n");
+    const char *const reads[] = {"EXPORTSETUP IMAGEWIDTH", "EXPORTSETUP EXPORTFORMAT", "EXPORTSETUP QUALITY",
+                                 "EXPORTSETUP EXPORTREGION", "PAPER PAPERSIZE", "PAPER ORIENTPORTRAIT",
+                                 "PAPER SHOWGRID", "PAPER SHOWRULER", "PAPER PAPERSIZEINFO A4 WIDTH",
+                                 "PAPER PAPERSIZEINFO A4 HEIGHT", "PAPER REGIONINWORKAREA X2",
+                                 "GLOBALFRAME FRAMEHEADERHEIGHT"};
+    std::string body;
+    for (const char *path : reads) body += std::string("$!INTERNAL \"GETVALUE ") + path + "\"\n";
+    MacroRun run = runMacro(s, body);
+    for (const char *line : {"EXPORTSETUP IMAGEWIDTH = 1024\n", "EXPORTSETUP EXPORTFORMAT = JPEG\n",
+                             "EXPORTSETUP QUALITY = 90\n", "EXPORTSETUP EXPORTREGION = CURRENTFRAME\n",
+                             "PAPER PAPERSIZE = A4\n", "PAPER ORIENTPORTRAIT = YES\n", "PAPER SHOWGRID = NO\n",
+                             "PAPER SHOWRULER = YES\n",
+                             "PAPER PAPERSIZEINFO A4 WIDTH = 8.26771653543307\n",  // 21 cm
+                             "PAPER PAPERSIZEINFO A4 HEIGHT = 11.69291339\n", "PAPER REGIONINWORKAREA X2 = 9\n",
+                             "GLOBALFRAME FRAMEHEADERHEIGHT = 0.3\n"})
+        EXPECT_NE(run.log.find(line), std::string::npos) << line << run.log;
+    EXPECT_FALSE(HoldsMessage(run.log + run.result.out + run.result.err, "Errors detected")) << run.log;
+
+    // Without the file: the factory export setup and the modern header height.
+    Scratch plain;
+    MacroRun factory = runMacro(plain, body);
+    for (const char *line : {"EXPORTSETUP IMAGEWIDTH = 512\n", "EXPORTSETUP EXPORTFORMAT = PNG\n",
+                             "PAPER PAPERSIZE = LETTER\n", "PAPER ORIENTPORTRAIT = NO\n",
+                             "PAPER PAPERSIZEINFO A4 WIDTH = 8.26771654\n", "GLOBALFRAME FRAMEHEADERHEIGHT = 0.2\n"})
+        EXPECT_NE(factory.log.find(line), std::string::npos) << line << factory.log;
+}
+
+TEST(MacroE2E, GeneralStyleErrorsNameTheirLine) {
+    Scratch s;
+    MacroRun range = runMacro(s, echo("one") + "$!EXPORTSETUP IMAGEWIDTH = 0\n" + echo("two"));
+    EXPECT_TRUE(HoldsMessage(range.log, "Err: \"IMAGEWIDTH\" must be between 1 and 32766.\n\n"
+                                        "Error occurred in $! command\nstarting on line 3:"))
+        << range.log;
+    EXPECT_EQ(echoes(range.log), (std::vector<std::string>{"one"}));
+
+    MacroRun group = runMacro(s, "$!GLOBALCOLORMAP 5\n  CONTOURCOLORMAP = MODERN\n");
+    EXPECT_TRUE(HoldsMessage(group.log, "Err: Invalid group number specified in $!GLOBALCOLORMAP command.\n\n"
+                                        "Error occurred in $! command\nstarting on line 2:"))
+        << group.log;
+
+    MacroRun suffix = runMacro(s, echo("one") + "$!INTERFACE\n  TRANSLATION { SMALLSTEP = 1 }\n"
+                                                "  PERCENTAGEOFPOINTSTOKEEP = 2 CM\n");
+    EXPECT_TRUE(HoldsMessage(suffix.log, "Err: Not allowed to use suffix for \"PERCENTAGEOFPOINTSTOKEEP\"\n\n"
+                                         "Error occurred in $! command\nstarting on line 3:"))
+        << suffix.log;
+
+    // In the configuration file the message names the file's line, and start-up goes on.
+    s.write("orvanex.cfg", "#!MC 1100\n$!PAPER SHOWRULER = NO\n$!BASICSIZE\n  LINETHICKNESSES { HUGE = 150 }\n");
+    MacroRun config = runMacro(s, "$!INTERNAL \"GETVALUE PAPER SHOWRULER\"\n");
+    EXPECT_TRUE(HoldsMessage(config.log + config.result.out + config.result.err, "\"HUGE\" must be between 0.0001 and 100.\n\n"
+                                         "Error occurred in $! command\nstarting on line 3:"))
+        << config.log << config.result.out << config.result.err;
+    EXPECT_NE(config.log.find("PAPER SHOWRULER = NO\n"), std::string::npos) << config.log;
+}
+
+TEST(MacroE2E, OldColorMapFormsTouchOnlyGroupOne) {
+    Scratch s;
+    // A number other than 1 passes the command over: the impossible count would fail otherwise.
+    MacroRun skipped = runMacro(s, "$!COLORMAP 2\n  TWOCOLOR { NUMCONTROLPOINTS = 99 }\n" + echo("after"));
+    EXPECT_EQ(echoes(skipped.log), (std::vector<std::string>{"after"})) << skipped.log;
+    MacroRun checked = runMacro(s, "$!COLORSPECTRUM 1\n  TWOCOLOR { NUMCONTROLPOINTS = 99 }\n" + echo("after"));
+    EXPECT_TRUE(HoldsMessage(checked.log, "\"NUMCONTROLPOINTS\" must be between 2 and 50.")) << checked.log;
+    EXPECT_TRUE(echoes(checked.log).empty());
+    MacroRun control = runMacro(s, "$!GLOBALCOLORMAP 2 SMRAINBOW { CONTROLPOINT 6 { COLORMAPFRACTION = 0.5 } }\n");
+    EXPECT_TRUE(HoldsMessage(control.log, "Err: Invalid color map control point")) << control.log;
+}
+
+TEST(MacroE2E, FrameStyleIsSetAndReadAndConfigurationDefaultsReachNewFrames) {
+    Scratch s;
+    s.write("two.dat", kTwoZones);
+    s.write("orvanex.cfg", "#!MC 1100\n$!FRAMELAYOUT SHOWHEADER = YES\n");
+    MacroRun run = runMacro(s, "$!INTERNAL \"GETVALUE FRAMELAYOUT SHOWHEADER\"\n"
+                               "$!THREEDVIEW PSIANGLE = 30\n"
+                               "$!INTERNAL \"GETVALUE THREEDVIEW PSIANGLE\"\n"
+                               "$!FRAMELAYOUT XYPOS { X = 2 }\n"
+                               "$!INTERNAL \"GETVALUE FRAMELAYOUT WIDTH\"\n"
+                               "$!GLOBALCONTOUR 1 VAR = 1\n");
+    EXPECT_NE(run.log.find("FRAMELAYOUT SHOWHEADER = YES\n"), std::string::npos) << run.log;
+    EXPECT_NE(run.log.find("THREEDVIEW PSIANGLE = 30\n"), std::string::npos) << run.log;
+    EXPECT_NE(run.log.find("FRAMELAYOUT WIDTH = 9\n"), std::string::npos) << "moving keeps the size\n" << run.log;
+    EXPECT_TRUE(HoldsMessage(run.log, "Err: No data set available.")) << run.log;
+
+    struct Case {
+        std::string body, message;
+    };
+    const std::vector<Case> cases = {
+        {"$!GLOBALCONTOUR 5 VAR = 1\n", "Invalid value global contour index"},
+        {"$!VARSET |G| = \"x\"\n$!GLOBALCONTOUR |G| VAR = 1\n", "Invalid Global Contour number"},
+        {"$!THREEDVIEW PSIANGLE = 1000\n", "\"PSIANGLE\" must be between"},
+    };
+    for (const Case &c : cases) {
+        MacroRun bad = runMacro(s, "$!READDATASET '\"two.dat\"'\n" + c.body + echo("after"));
+        EXPECT_TRUE(HoldsMessage(bad.log, c.message)) << c.body << bad.log;
+        EXPECT_TRUE(echoes(bad.log).empty()) << c.body;
+    }
 }
 
 }  // namespace
