@@ -23,26 +23,26 @@ using Target_pf = void *(*)(void *record);
 #define SAME [](void *record) -> void * { return record; }
 
 // A row of a kind; the helpers below fill in what each kind needs.
-constexpr StyleField_s field(int row, StyleFieldKind_e kind, const InputSpecs_s *spec, Target_pf target) {
+constexpr StyleField_s field(int row, StyleFieldKind_e kind, const InputSpecs_s *rules, Target_pf target) {
     StyleField_s entry{};
     entry.Row = row;
     entry.Kind = kind;
-    entry.Spec = spec;
+    entry.Spec = rules;
     entry.Target = target;
     return entry;
 }
 constexpr StyleField_s Bool(int row, Target_pf target) { return field(row, StyleField_Bool, nullptr, target); }
-constexpr StyleField_s Int(int row, const InputSpecs_s &spec, Target_pf target) {
-    return field(row, StyleField_Int, &spec, target);
+constexpr StyleField_s Int(int row, const InputSpecs_s &rules, Target_pf target) {
+    return field(row, StyleField_Int, &rules, target);
 }
-constexpr StyleField_s Long(int row, const InputSpecs_s &spec, Target_pf target) {
-    return field(row, StyleField_Long, &spec, target);
+constexpr StyleField_s Long(int row, const InputSpecs_s &rules, Target_pf target) {
+    return field(row, StyleField_Long, &rules, target);
 }
 constexpr StyleField_s EntIndex(int row, Target_pf target) {
     return field(row, StyleField_EntIndex, &EntIndexInputSpec, target);
 }
-constexpr StyleField_s Double(int row, const InputSpecs_s &spec, Target_pf target) {
-    return field(row, StyleField_Double, &spec, target);
+constexpr StyleField_s Double(int row, const InputSpecs_s &rules, Target_pf target) {
+    return field(row, StyleField_Double, &rules, target);
 }
 constexpr StyleField_s Enum(int row, Target_pf target) { return field(row, StyleField_Enum, nullptr, target); }
 constexpr StyleField_s Channel(int row, Target_pf target) { return field(row, StyleField_RGBComponent, nullptr, target); }
@@ -103,16 +103,16 @@ const InputSpecs_s ProcessorsInputSpec{InputSpecType_LgIndex, 0, 8, 0, nullptr};
 
 // ---- hooks ----
 
-void textHeightRules(const void *record, InputSpecs_s *spec) {
-    *spec = static_cast<const TextStyle_s *>(record)->SizeUnits == 1 /*FRAME*/ ? FrameTextSizeInputSpec
+void textHeightRules(const void *record, InputSpecs_s *rules) {
+    *rules = static_cast<const TextStyle_s *>(record)->SizeUnits == 1 /*FRAME*/ ? FrameTextSizeInputSpec
                                                                               : PointTextSizeInputSpec;
 }
 // The two load-on-demand fractions keep their order.
-void lodMinFractSpec(const void *record, InputSpecs_s *spec) {
-    spec->Max = static_cast<const GeneralBase_s *>(record)->LODThresholdMaxFract;
+void lodMinFractSpec(const void *record, InputSpecs_s *rules) {
+    rules->Max = static_cast<const GeneralBase_s *>(record)->LODThresholdMaxFract;
 }
-void lodMaxFractSpec(const void *record, InputSpecs_s *spec) {
-    spec->Min = static_cast<const GeneralBase_s *>(record)->LODThresholdMinFract;
+void lodMaxFractSpec(const void *record, InputSpecs_s *rules) {
+    rules->Min = static_cast<const GeneralBase_s *>(record)->LODThresholdMinFract;
 }
 void revalidateLoadThresholds() { DataLoadValidateThresholdValues(true); }
 
@@ -523,13 +523,13 @@ const StyleRecord_s InterfaceRecord = recordOf(InterfaceFields);
 // ---- $!BASICSIZE ----
 
 // The five sizes of one list, under the input rules of that list.
-#define SIZE_LIST(name, spec)                                                          \
+#define SIZE_LIST(name, rules)                                                          \
     const StyleField_s name##Fields[] = {                                              \
-        Double(MacroSetValue_TINY, spec, AT(SizeList_s, Tiny)),                        \
-        Double(MacroSetValue_SMALL, spec, AT(SizeList_s, Small)),                      \
-        Double(MacroSetValue_MEDIUM, spec, AT(SizeList_s, Medium)),                    \
-        Double(MacroSetValue_LARGE, spec, AT(SizeList_s, Large)),                      \
-        Double(MacroSetValue_HUGE, spec, AT(SizeList_s, Huge)),                        \
+        Double(MacroSetValue_TINY, rules, AT(SizeList_s, Tiny)),                        \
+        Double(MacroSetValue_SMALL, rules, AT(SizeList_s, Small)),                      \
+        Double(MacroSetValue_MEDIUM, rules, AT(SizeList_s, Medium)),                    \
+        Double(MacroSetValue_LARGE, rules, AT(SizeList_s, Large)),                      \
+        Double(MacroSetValue_HUGE, rules, AT(SizeList_s, Huge)),                        \
     };                                                                                 \
     const StyleRecord_s name##Record = recordOf(name##Fields)
 SIZE_LIST(LineThicknessSizes, LineThicknessInputSpec);

@@ -72,13 +72,13 @@ const InputSpecs_s NumberOfEllipsePointsInputSpec{InputSpecType_SmInteger, 3, 72
 const InputSpecs_s ImageDimensionInputSpec{InputSpecType_SmInteger, 4, 32766, 0, nullptr};
 const InputSpecs_s ColorIndexInputSpec{InputSpecType_SmInteger, 0, 255, 0, nullptr};
 
-std::string GetOutOfRangeErrMsgString(const InputSpecs_s &spec) {
+std::string GetOutOfRangeErrMsgString(const InputSpecs_s &rules) {
     char text[160];
-    bool isDouble = spec.Type == InputSpecType_Double || spec.Type == InputSpecType_Float;
-    double adjust = isDouble ? (spec.InterfaceAdjust != 0 ? spec.InterfaceAdjust : 1.0) : 1.0;
-    double offset = isDouble ? 0.0 : spec.InterfaceAdjust;
-    double min = spec.Min * adjust + offset, max = spec.Max * adjust + offset;
-    if (spec.Max >= 1e150 || spec.Max >= 2147483646)
+    bool isDouble = rules.Type == InputSpecType_Double || rules.Type == InputSpecType_Float;
+    double adjust = isDouble ? (rules.InterfaceAdjust != 0 ? rules.InterfaceAdjust : 1.0) : 1.0;
+    double offset = isDouble ? 0.0 : rules.InterfaceAdjust;
+    double min = rules.Min * adjust + offset, max = rules.Max * adjust + offset;
+    if (rules.Max >= 1e150 || rules.Max >= 2147483646)
         snprintf(text, sizeof(text), "must be greater than or equal to %G.", min);
     else
         snprintf(text, sizeof(text), "must be between %G and %G.", min, max);
@@ -103,8 +103,8 @@ std::string rowName(int row) {
 
 std::string quoted(int row) { return "\"" + rowName(row) + "\""; }
 
-SetValueReturnCode_e outOfRange(int row, const InputSpecs_s &spec) {
-    return fail(SetValue_ValueRangeError, quoted(row) + " " + GetOutOfRangeErrMsgString(spec));
+SetValueReturnCode_e outOfRange(int row, const InputSpecs_s &rules) {
+    return fail(SetValue_ValueRangeError, quoted(row) + " " + GetOutOfRangeErrMsgString(rules));
 }
 
 SetValueReturnCode_e badOperator(int row) {
@@ -148,29 +148,29 @@ bool applyOp(int row, AssignOp_e op, double current, double operand, double *res
     }
 }
 
-bool inRange(double value, const InputSpecs_s &spec) { return value >= spec.Min && value <= spec.Max; }
+bool inRange(double value, const InputSpecs_s &rules) { return value >= rules.Min && value <= rules.Max; }
 
 // The stored value of an integer setting from a macro value; the result of the operator is cut
 // to a whole number before the offset is taken off.
-bool integerResult(int row, AssignOp_e op, double current, double value, const InputSpecs_s &spec, double *result,
+bool integerResult(int row, AssignOp_e op, double current, double value, const InputSpecs_s &rules, double *result,
                    SetValueReturnCode_e *code) {
     if (isSuffixOp(op)) {
         *code = suffixRefused(row);
         return false;
     }
     double shown;
-    if (!applyOp(row, op, current + spec.InterfaceAdjust, value, &shown, code)) return false;
-    *result = std::trunc(shown) - spec.InterfaceAdjust;
+    if (!applyOp(row, op, current + rules.InterfaceAdjust, value, &shown, code)) return false;
+    *result = std::trunc(shown) - rules.InterfaceAdjust;
     return true;
 }
 
 template <typename Integer>
-SetValueReturnCode_e setInteger(int row, Integer *target, AssignOp_e op, double value, const InputSpecs_s &spec,
+SetValueReturnCode_e setInteger(int row, Integer *target, AssignOp_e op, double value, const InputSpecs_s &rules,
                                 bool minusOneIsNone) {
     double result;
     SetValueReturnCode_e code = SetValue_Ok;
-    if (!integerResult(row, op, double(*target), value, spec, &result, &code)) return code;
-    if (!(minusOneIsNone && result == -1.0) && !inRange(result, spec)) return outOfRange(row, spec);
+    if (!integerResult(row, op, double(*target), value, rules, &result, &code)) return code;
+    if (!(minusOneIsNone && result == -1.0) && !inRange(result, rules)) return outOfRange(row, rules);
     if (result == double(*target)) return SetValue_DuplicateValue;
     *target = static_cast<Integer>(result);
     return SetValue_Ok;
@@ -193,35 +193,35 @@ SetValueReturnCode_e SetBooleanValue(int row, bool *target, AssignOp_e op, ArbPa
     return SetValue_Ok;
 }
 
-SetValueReturnCode_e SetDoubleValue(int row, double *target, AssignOp_e op, double value, const InputSpecs_s &spec) {
-    double adjust = spec.InterfaceAdjust != 0 ? spec.InterfaceAdjust : 1.0;
+SetValueReturnCode_e SetDoubleValue(int row, double *target, AssignOp_e op, double value, const InputSpecs_s &rules) {
+    double adjust = rules.InterfaceAdjust != 0 ? rules.InterfaceAdjust : 1.0;
     double result;
     if (isSuffixOp(op)) {
         // The suffix function gives stored units directly.
         result = value;
-        if (spec.SuffixFunction == nullptr || !spec.SuffixFunction(&result, suffixOf(op))) return suffixRefused(row);
+        if (rules.SuffixFunction == nullptr || !rules.SuffixFunction(&result, suffixOf(op))) return suffixRefused(row);
     } else {
         double shown;
         SetValueReturnCode_e code = SetValue_Ok;
         if (!applyOp(row, op, *target * adjust, value, &shown, &code)) return code;
         result = op == AssignOp_Equals ? value / adjust : shown / adjust;
     }
-    if (!inRange(result, spec)) return outOfRange(row, spec);
+    if (!inRange(result, rules)) return outOfRange(row, rules);
     if (result == *target) return SetValue_DuplicateValue;
     *target = result;
     return SetValue_Ok;
 }
 
-SetValueReturnCode_e SetLgIndexValue(int row, long *target, AssignOp_e op, double value, const InputSpecs_s &spec) {
-    return setInteger(row, target, op, value, spec, false);
+SetValueReturnCode_e SetLgIndexValue(int row, long *target, AssignOp_e op, double value, const InputSpecs_s &rules) {
+    return setInteger(row, target, op, value, rules, false);
 }
 
-SetValueReturnCode_e SetIntegerValue(int row, int *target, AssignOp_e op, double value, const InputSpecs_s &spec) {
-    return setInteger(row, target, op, value, spec, false);
+SetValueReturnCode_e SetIntegerValue(int row, int *target, AssignOp_e op, double value, const InputSpecs_s &rules) {
+    return setInteger(row, target, op, value, rules, false);
 }
 
-SetValueReturnCode_e SetEntIndexValue(int row, int *target, AssignOp_e op, double value, const InputSpecs_s &spec) {
-    return setInteger(row, target, op, value, spec, &spec == &EntIndexInputSpec);
+SetValueReturnCode_e SetEntIndexValue(int row, int *target, AssignOp_e op, double value, const InputSpecs_s &rules) {
+    return setInteger(row, target, op, value, rules, &rules == &EntIndexInputSpec);
 }
 
 SetValueReturnCode_e SetRGBComponentValue(int row, int16_t *target, AssignOp_e op, double value) {
@@ -343,21 +343,21 @@ SetValueReturnCode_e resolve(const StyleRecord_s &record, void *base, const int 
 }
 
 InputSpecs_s specOf(const ResolvedField_s &resolved) {
-    InputSpecs_s spec = resolved.Field->Spec != nullptr ? *resolved.Field->Spec : DoubleInputSpec;
-    if (resolved.Field->AdjustSpec != nullptr) resolved.Field->AdjustSpec(resolved.Record, &spec);
-    return spec;
+    InputSpecs_s rules = resolved.Field->Spec != nullptr ? *resolved.Field->Spec : DoubleInputSpec;
+    if (resolved.Field->AdjustSpec != nullptr) resolved.Field->AdjustSpec(resolved.Record, &rules);
+    return rules;
 }
 
 // Sets a number through its typed setter under the given input rules.
 SetValueReturnCode_e setNumber(const StyleField_s &field, int row, void *target, ArbParam_t argValue,
-                               double doubleValue, AssignOp_e op, const InputSpecs_s &spec) {
+                               double doubleValue, AssignOp_e op, const InputSpecs_s &rules) {
     switch (field.Kind) {
-        case StyleField_Int: return SetIntegerValue(row, static_cast<int *>(target), op, double(argValue), spec);
-        case StyleField_Long: return SetLgIndexValue(row, static_cast<long *>(target), op, double(argValue), spec);
+        case StyleField_Int: return SetIntegerValue(row, static_cast<int *>(target), op, double(argValue), rules);
+        case StyleField_Long: return SetLgIndexValue(row, static_cast<long *>(target), op, double(argValue), rules);
         case StyleField_EntIndex:
             // The rules may be a narrowed copy; the unset value belongs to the plain entity rules.
-            return setInteger(row, static_cast<int *>(target), op, double(argValue), spec, field.Spec == &EntIndexInputSpec);
-        default: return SetDoubleValue(row, static_cast<double *>(target), op, doubleValue, spec);
+            return setInteger(row, static_cast<int *>(target), op, double(argValue), rules, field.Spec == &EntIndexInputSpec);
+        default: return SetDoubleValue(row, static_cast<double *>(target), op, doubleValue, rules);
     }
 }
 
@@ -434,14 +434,14 @@ SetValueReturnCode_e GetStyleRecordValue(const StyleRecord_s &record, void *base
     if (code != SetValue_Ok) return SetValue_InvalidCommandOption;
     const StyleField_s &field = *resolved.Field;
     void *target = field.Target(resolved.Record);
-    InputSpecs_s spec = specOf(resolved);
+    InputSpecs_s rules = specOf(resolved);
     switch (field.Kind) {
         case StyleField_Bool: *argOut = *static_cast<bool *>(target) ? 1 : 0; break;
         case StyleField_Int:
-        case StyleField_EntIndex: *argOut = ArbParam_t(*static_cast<int *>(target) + LgIndex_t(spec.InterfaceAdjust)); break;
-        case StyleField_Long: *argOut = ArbParam_t(*static_cast<long *>(target) + LgIndex_t(spec.InterfaceAdjust)); break;
+        case StyleField_EntIndex: *argOut = ArbParam_t(*static_cast<int *>(target) + LgIndex_t(rules.InterfaceAdjust)); break;
+        case StyleField_Long: *argOut = ArbParam_t(*static_cast<long *>(target) + LgIndex_t(rules.InterfaceAdjust)); break;
         case StyleField_Double:
-            *doubleOut = *static_cast<double *>(target) * (spec.InterfaceAdjust != 0 ? spec.InterfaceAdjust : 1.0);
+            *doubleOut = *static_cast<double *>(target) * (rules.InterfaceAdjust != 0 ? rules.InterfaceAdjust : 1.0);
             break;
         case StyleField_Enum: *argOut = *static_cast<int *>(target); break;
         case StyleField_RGBComponent: *doubleOut = *static_cast<int16_t *>(target); break;
@@ -688,12 +688,12 @@ struct SubCommandWalker {
 
     // The number behind a grouped major row or a numbered block, into path[at]: a whole number
     // from 1 on (a group number within its range).
-    bool number(const char **p, int at, const char *message, const InputSpecs_s *spec, const char *rangeMessage = nullptr) {
+    bool number(const char **p, int at, const char *message, const InputSpecs_s *rules, const char *rangeMessage = nullptr) {
         LgIndex_t value;
         if (!ScanCompressedForInteger(p, &value)) return report(message);
         if (rangeMessage == nullptr) rangeMessage = message;
         if (value < 1) return report(rangeMessage);
-        if (spec != nullptr && !inRange(double(value) - spec->InterfaceAdjust, *spec)) return report(rangeMessage);
+        if (rules != nullptr && !inRange(double(value) - rules->InterfaceAdjust, *rules)) return report(rangeMessage);
         path[at] = value;
         return true;
     }

@@ -79,7 +79,7 @@ extern const InputSpecs_s ImageDimensionInputSpec;     // 4 to 32766
 extern const InputSpecs_s ColorIndexInputSpec;         // 0 to 255
 
 // The text of "must be ..." for a range, in macro units.
-std::string GetOutOfRangeErrMsgString(const InputSpecs_s &spec);
+std::string GetOutOfRangeErrMsgString(const InputSpecs_s &rules);
 
 // ---- typed setters ---------------------------------------------------------------------------
 // Each sets *target from a macro value and gives the code; on failure the message is left for
@@ -89,12 +89,12 @@ std::string GetOutOfRangeErrMsgString(const InputSpecs_s &spec);
 
 SetValueReturnCode_e SetBooleanValue(int row, bool *target, AssignOp_e op, ArbParam_t value);
 // value in macro units: stored = value / InterfaceAdjust.
-SetValueReturnCode_e SetDoubleValue(int row, double *target, AssignOp_e op, double value, const InputSpecs_s &spec);
+SetValueReturnCode_e SetDoubleValue(int row, double *target, AssignOp_e op, double value, const InputSpecs_s &rules);
 // value in macro units: stored = value - InterfaceAdjust. A fractional result of *= or /= is cut.
-SetValueReturnCode_e SetLgIndexValue(int row, long *target, AssignOp_e op, double value, const InputSpecs_s &spec);
-SetValueReturnCode_e SetIntegerValue(int row, int *target, AssignOp_e op, double value, const InputSpecs_s &spec);
+SetValueReturnCode_e SetLgIndexValue(int row, long *target, AssignOp_e op, double value, const InputSpecs_s &rules);
+SetValueReturnCode_e SetIntegerValue(int row, int *target, AssignOp_e op, double value, const InputSpecs_s &rules);
 // An entity number: with EntIndexInputSpec a stored -1 (0 in text) means none and passes.
-SetValueReturnCode_e SetEntIndexValue(int row, int *target, AssignOp_e op, double value, const InputSpecs_s &spec);
+SetValueReturnCode_e SetEntIndexValue(int row, int *target, AssignOp_e op, double value, const InputSpecs_s &rules);
 // One channel of a colour, 0 to 255, given as a double and rounded.
 SetValueReturnCode_e SetRGBComponentValue(int row, int16_t *target, AssignOp_e op, double value);
 SetValueReturnCode_e SetStringValue(int row, std::string *target, AssignOp_e op, const char *value);
@@ -143,7 +143,7 @@ struct StyleField_s {
     const char *BadNumberMessage;      // numbered blocks: the message for a number Element refuses
     uint8_t Flags;
     // Optional: narrows the input rules by the record's other values (given a copy of the field's own).
-    void (*AdjustSpec)(const void *record, InputSpecs_s *spec);
+    void (*AdjustSpec)(const void *record, InputSpecs_s *rules);
     // Optional: runs after the value changed.
     void (*AfterChange)();
 };

@@ -96,19 +96,19 @@ int findLeaf(const FrameStyleTable_s &table, void *record, const int path[7], in
 
 bool isSuffixOp(int assignOp) { return assignOp >= AssignOp_ConvertFromCm && assignOp <= AssignOp_ConvertFromPix; }
 
-std::string rangeText(const FrameStyleValueSpec_s &spec) {
+std::string rangeText(const FrameStyleValueSpec_s &rules) {
     char text[160];
-    double min = spec.IsInteger ? spec.Min + spec.Adjust : spec.Min * spec.Adjust;
-    double max = spec.IsInteger ? spec.Max + spec.Adjust : spec.Max * spec.Adjust;
-    if (spec.Max >= 1e150 || (spec.IsInteger && spec.Max >= MAXINDEX - 1))
+    double min = rules.IsInteger ? rules.Min + rules.Adjust : rules.Min * rules.Adjust;
+    double max = rules.IsInteger ? rules.Max + rules.Adjust : rules.Max * rules.Adjust;
+    if (rules.Max >= 1e150 || (rules.IsInteger && rules.Max >= MAXINDEX - 1))
         snprintf(text, sizeof(text), "must be greater than or equal to %G.", min);
     else
         snprintf(text, sizeof(text), "must be between %G and %G.", min, max);
     return text;
 }
 
-int outOfRange(std::string *error, int row, const FrameStyleValueSpec_s &spec) {
-    return fail(error, FrameStyle_ValueRangeError, std::string("\"") + rowName(row) + "\" " + rangeText(spec));
+int outOfRange(std::string *error, int row, const FrameStyleValueSpec_s &rules) {
+    return fail(error, FrameStyle_ValueRangeError, std::string("\"") + rowName(row) + "\" " + rangeText(rules));
 }
 
 // Applies the operator to a value in macro units. False for a division by zero.
@@ -144,45 +144,45 @@ bool convertSuffix(double value, int assignOp, FrameStyleUnit_e suffix, const Re
 }
 
 // The new stored value of a double from the operator and value, checked against its range.
-int computeDouble(const FrameStyleValueSpec_s &spec, int row, double current, double value, int assignOp,
+int computeDouble(const FrameStyleValueSpec_s &rules, int row, double current, double value, int assignOp,
                   const Rect_s &frameRect, double *result, std::string *error) {
     if (isSuffixOp(assignOp)) {
-        if (spec.Suffix == FrameStyleUnit_None)
+        if (rules.Suffix == FrameStyleUnit_None)
             return fail(error, FrameStyle_AssignOpError,
                         std::string("Not allowed to use suffix for \"") + rowName(row) + "\"");
-        if (!convertSuffix(value, assignOp, spec.Suffix, frameRect, result))
+        if (!convertSuffix(value, assignOp, rules.Suffix, frameRect, result))
             return fail(error, FrameStyle_ValueRangeError, "Divide by zero");
     } else {
         // The operator works on the value as the user sees it, so that *= and += scale and
         // shift what is shown, whatever factor lies between that and the store.
         double text;
-        if (!applyOp(assignOp, current * spec.Adjust, value, &text))
+        if (!applyOp(assignOp, current * rules.Adjust, value, &text))
             return fail(error, FrameStyle_ValueRangeError, "Divide by zero");
-        *result = text / spec.Adjust;
+        *result = text / rules.Adjust;
     }
-    if (!(*result >= spec.Min && *result <= spec.Max)) return outOfRange(error, row, spec);
+    if (!(*result >= rules.Min && *result <= rules.Max)) return outOfRange(error, row, rules);
     return FrameStyle_Ok;
 }
 
-int setDouble(double *target, const FrameStyleValueSpec_s &spec, int row, double value, int assignOp,
+int setDouble(double *target, const FrameStyleValueSpec_s &rules, int row, double value, int assignOp,
               const Rect_s &frameRect, std::string *error) {
     double result;
-    int code = computeDouble(spec, row, *target, value, assignOp, frameRect, &result, error);
+    int code = computeDouble(rules, row, *target, value, assignOp, frameRect, &result, error);
     if (code != FrameStyle_Ok) return code;
     if (result == *target) return FrameStyle_DuplicateValue;
     *target = result;
     return FrameStyle_Ok;
 }
 
-int setInt(int *target, const FrameStyleValueSpec_s &spec, int row, double value, int assignOp, std::string *error) {
+int setInt(int *target, const FrameStyleValueSpec_s &rules, int row, double value, int assignOp, std::string *error) {
     if (isSuffixOp(assignOp))
         return fail(error, FrameStyle_AssignOpError,
                     std::string("Not allowed to use suffix for \"") + rowName(row) + "\"");
     double text;
-    if (!applyOp(assignOp, double(*target) + spec.Adjust, value, &text))
+    if (!applyOp(assignOp, double(*target) + rules.Adjust, value, &text))
         return fail(error, FrameStyle_ValueRangeError, "Divide by zero");
-    double result = std::trunc(text) - spec.Adjust;
-    if (!(result >= spec.Min && result <= spec.Max)) return outOfRange(error, row, spec);
+    double result = std::trunc(text) - rules.Adjust;
+    if (!(result >= rules.Min && result <= rules.Max)) return outOfRange(error, row, rules);
     if (int(result) == *target) return FrameStyle_DuplicateValue;
     *target = int(result);
     return FrameStyle_Ok;
@@ -226,9 +226,9 @@ int setLeaf(const Leaf_s &leaf, const int path[7], ArbParam_t argValue, double d
         return FrameStyle_Ok;
     }
     case FrameStyleRowKind_Int:
-        return setInt(static_cast<int *>(leaf.Target), *entry.Spec, row, double(argValue), assignOp, error);
+        return setInt(static_cast<int *>(leaf.Target), *entry.Rules, row, double(argValue), assignOp, error);
     case FrameStyleRowKind_Double:
-        return setDouble(static_cast<double *>(leaf.Target), *entry.Spec, row, doubleValue, assignOp, frameRect, error);
+        return setDouble(static_cast<double *>(leaf.Target), *entry.Rules, row, doubleValue, assignOp, frameRect, error);
     case FrameStyleRowKind_TextHeight: {
         TextShape_s *shape = static_cast<TextShape_s *>(leaf.Target);
         return setDouble(&shape->Height, FrameStyleTextHeightSpec(shape->SizeUnits), row, doubleValue, assignOp,
@@ -242,11 +242,11 @@ int setLeaf(const Leaf_s &leaf, const int path[7], ArbParam_t argValue, double d
         double *edge = isX ? &rect->X1 : &rect->Y2;
         double *opposite = isX ? &rect->X2 : &rect->Y1;
         double result;
-        int code = computeDouble(*entry.Spec, row, *edge, doubleValue, assignOp, frameRect, &result, error);
+        int code = computeDouble(*entry.Rules, row, *edge, doubleValue, assignOp, frameRect, &result, error);
         if (code != FrameStyle_Ok) return code;
         if (result == *edge) return FrameStyle_DuplicateValue;
         double moved = *opposite + (result - *edge);
-        if (!(moved >= entry.Spec->Min && moved <= entry.Spec->Max)) return outOfRange(error, row, *entry.Spec);
+        if (!(moved >= entry.Rules->Min && moved <= entry.Rules->Max)) return outOfRange(error, row, *entry.Rules);
         *edge = result;
         *opposite = moved;
         return FrameStyle_Ok;
@@ -258,7 +258,7 @@ int setLeaf(const Leaf_s &leaf, const int path[7], ArbParam_t argValue, double d
         bool isWidth = entry.Kind == FrameStyleRowKind_RectWidth;
         double current = isWidth ? rect->X2 - rect->X1 : rect->Y1 - rect->Y2;
         double result;
-        int code = computeDouble(*entry.Spec, row, current, doubleValue, assignOp, frameRect, &result, error);
+        int code = computeDouble(*entry.Rules, row, current, doubleValue, assignOp, frameRect, &result, error);
         if (code != FrameStyle_Ok) return code;
         if (result == current) return FrameStyle_DuplicateValue;
         if (isWidth)
@@ -282,9 +282,9 @@ void getLeaf(const Leaf_s &leaf, double *doubleOut, ArbParam_t *argOut) {
         *argOut = reinterpret_cast<ArbParam_t>(static_cast<const std::string *>(leaf.Target)->c_str());
         break;
     case FrameStyleRowKind_Int:
-        *argOut = ArbParam_t(*static_cast<const int *>(leaf.Target) + ArbParam_t(entry.Spec->Adjust));
+        *argOut = ArbParam_t(*static_cast<const int *>(leaf.Target) + ArbParam_t(entry.Rules->Adjust));
         break;
-    case FrameStyleRowKind_Double: *doubleOut = *static_cast<const double *>(leaf.Target) * entry.Spec->Adjust; break;
+    case FrameStyleRowKind_Double: *doubleOut = *static_cast<const double *>(leaf.Target) * entry.Rules->Adjust; break;
     case FrameStyleRowKind_TextHeight: {
         const TextShape_s *shape = static_cast<const TextShape_s *>(leaf.Target);
         *doubleOut = shape->Height * FrameStyleTextHeightSpec(shape->SizeUnits).Adjust;

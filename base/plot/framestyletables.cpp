@@ -67,11 +67,11 @@ void *self(void *record, int) { return record; }
 #define LOCN(member) [](void *record, int n) -> void * { return &static_cast<REC *>(record)->member[n]; }
 #define BOOLROW(row, member) {MacroSetValue_##row, FrameStyleRowKind_Bool, nullptr, LOC(member), nullptr, 0, nullptr}
 #define ENUMROW(row, member) {MacroSetValue_##row, FrameStyleRowKind_Enum, nullptr, LOC(member), nullptr, 0, nullptr}
-#define INTROW(row, spec, member) {MacroSetValue_##row, FrameStyleRowKind_Int, &spec, LOC(member), nullptr, 0, nullptr}
-#define DBLROW(row, spec, member) \
-    {MacroSetValue_##row, FrameStyleRowKind_Double, &spec, LOC(member), nullptr, 0, nullptr}
+#define INTROW(row, rules, member) {MacroSetValue_##row, FrameStyleRowKind_Int, &rules, LOC(member), nullptr, 0, nullptr}
+#define DBLROW(row, rules, member) \
+    {MacroSetValue_##row, FrameStyleRowKind_Double, &rules, LOC(member), nullptr, 0, nullptr}
 #define STRROW(row, member) {MacroSetValue_##row, FrameStyleRowKind_String, nullptr, LOC(member), nullptr, 0, nullptr}
-#define RECTROW(row, kind, spec, rect) {MacroSetValue_##row, kind, &spec, LOC(rect), nullptr, 0, nullptr}
+#define RECTROW(row, kind, rules, rect) {MacroSetValue_##row, kind, &rules, LOC(rect), nullptr, 0, nullptr}
 #define SUBROW(row, member, table) \
     {MacroSetValue_##row, FrameStyleRowKind_Sub, nullptr, LOC(member), &table, 0, nullptr}
 #define NUMSUBROW(row, member, table, count, message) \

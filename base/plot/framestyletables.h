@@ -49,7 +49,7 @@ struct FrameStyleTable_s;
 struct FrameStyleRow_s {
     int16_t Row;  // set-value row; -1 for a splice
     FrameStyleRowKind_e Kind;
-    const FrameStyleValueSpec_s *Spec;          // Int, Double and the rectangle rows
+    const FrameStyleValueSpec_s *Rules;          // Int, Double and the rectangle rows
     void *(*Locate)(void *record, int number);  // the value, or the record below a parent
     const FrameStyleTable_s *Sub;
     int NumberCount;          // a numbered parent: 1 to NumberCount follows it in the path
