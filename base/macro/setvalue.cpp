@@ -7,6 +7,7 @@
 
 #include <cfloat>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <vector>
@@ -78,7 +79,8 @@ std::string GetOutOfRangeErrMsgString(const InputSpecs_s &rules) {
     double adjust = isDouble ? (rules.InterfaceAdjust != 0 ? rules.InterfaceAdjust : 1.0) : 1.0;
     double offset = isDouble ? 0.0 : rules.InterfaceAdjust;
     double min = rules.Min * adjust + offset, max = rules.Max * adjust + offset;
-    if (rules.Max >= 1e150 || rules.Max >= 2147483646)
+    // A largest value at the index limit, as the macro shows it, is no limit.
+    if (rules.Max >= 1e150 || max >= 2147483646)
         snprintf(text, sizeof(text), "must be greater than or equal to %G.", min);
     else
         snprintf(text, sizeof(text), "must be between %G and %G.", min, max);
@@ -304,9 +306,21 @@ struct ResolvedField_s {
     int Row;
 };
 
-const StyleField_s *findField(const StyleRecord_s &record, int row) {
-    for (size_t n = 0; n < record.NumFields; n++)
-        if (record.Fields[n].Row == row) return &record.Fields[n];
+// Finds the row among the fields of a record, looking through spliced records; *current moves
+// from the record to the one that holds the row.
+const StyleField_s *findField(const StyleRecord_s &record, int row, void **current) {
+    for (size_t n = 0; n < record.NumFields; n++) {
+        const StyleField_s &field = record.Fields[n];
+        if (field.Kind == StyleField_Block && field.Row < 0) {  // spliced
+            void *inner = field.Target(*current);
+            if (const StyleField_s *found = findField(*field.Sub, row, &inner)) {
+                *current = inner;
+                return found;
+            }
+        } else if (field.Row == row) {
+            return &field;
+        }
+    }
     return nullptr;
 }
 
@@ -319,7 +333,7 @@ SetValueReturnCode_e resolve(const StyleRecord_s &record, void *base, const int 
     while (true) {
         if (depth >= 7 || path[depth] < 0) return badOption(lastRow, path[0]);  // a block with nothing chosen in it
         int row = path[depth];
-        const StyleField_s *field = findField(*table, row);
+        const StyleField_s *field = findField(*table, row, &current);
         if (field == nullptr) return badOption(row, path[0]);
         lastRow = row;
         if (field->Kind == StyleField_Block) {
@@ -380,7 +394,15 @@ SetValueReturnCode_e SetStyleRecordValue(const StyleRecord_s &record, void *base
         case StyleField_Long:
         case StyleField_EntIndex:
         case StyleField_Double: {
-            if (field.AdjustSpec != nullptr) {
+            if (field.Read != nullptr) {
+                // Computed from the target: set on a copy, then stored by the target.
+                InputSpecs_s rules = specOf(resolved);
+                double value = field.Read(target);
+                code = SetDoubleValue(row, &value, assignOp, doubleValue, rules);
+                if (code == SetValue_Ok && !field.Store(target, value, rules)) code = outOfRange(row, rules);
+                break;
+            }
+            if (field.AdjustSpec != nullptr && field.Spec != nullptr) {
                 // The range of the kind first, then the one the record's other values allow, so
                 // that a value outside both is reported against the first.
                 long scratchLong = field.Kind == StyleField_Long ? *static_cast<long *>(target) : 0;
@@ -401,6 +423,10 @@ SetValueReturnCode_e SetStyleRecordValue(const StyleRecord_s &record, void *base
                 break;
             }
             int *value = static_cast<int *>(target);
+            if (argValue < INT16_MIN || argValue > INT16_MAX) {  // no enumerated value is that far out
+                code = fail(SetValue_ValueRangeError, "Invalid Option for " + quoted(row));
+                break;
+            }
             code = CheckEnumValue(*value, int(argValue), row);
             if (code == SetValue_Ok) *value = int(argValue);
             break;
@@ -441,7 +467,8 @@ SetValueReturnCode_e GetStyleRecordValue(const StyleRecord_s &record, void *base
         case StyleField_EntIndex: *argOut = ArbParam_t(*static_cast<int *>(target) + LgIndex_t(rules.InterfaceAdjust)); break;
         case StyleField_Long: *argOut = ArbParam_t(*static_cast<long *>(target) + LgIndex_t(rules.InterfaceAdjust)); break;
         case StyleField_Double:
-            *doubleOut = *static_cast<double *>(target) * (rules.InterfaceAdjust != 0 ? rules.InterfaceAdjust : 1.0);
+            *doubleOut = (field.Read != nullptr ? field.Read(target) : *static_cast<double *>(target)) *
+                         (rules.InterfaceAdjust != 0 ? rules.InterfaceAdjust : 1.0);
             break;
         case StyleField_Enum: *argOut = *static_cast<int *>(target); break;
         case StyleField_RGBComponent: *doubleOut = *static_cast<int16_t *>(target); break;
@@ -620,8 +647,7 @@ SetValueReturnCode_e SetValue7(ArbParam_t argValue, double doubleValue, AssignOp
         FrameStyle_s *style = frameStyleTarget();
         std::string error;
         code = style == nullptr ? fail(SetValue_ContextError, "There is no current frame.")
-                                : SetValueReturnCode_e(FrameStyleSetValue(style, path, argValue, doubleValue,
-                                                                          int(assignOp), &error));
+                                : FrameStyleSetValue(style, path, argValue, doubleValue, assignOp, &error);
         if (!error.empty()) LastSetValueError = error;
     } else if (isFrame) {
         code = fail(SetValue_InvalidCommandOption, "$!" + rowName(path[0]) + " is not available yet.");
@@ -652,7 +678,7 @@ SetValueReturnCode_e GetValue(double *doubleOut, ArbParam_t *argOut, const int p
     if (isFrame && IsFrameStyleMajorRow(path[0]) && !isMapStyleRow(path[0])) {
         const FrameStyle_s *style = frameStyleTarget();
         if (style == nullptr) return SetValue_ContextError;
-        return SetValueReturnCode_e(FrameStyleGetValue(style, path, doubleOut, argOut));
+        return FrameStyleGetValue(style, path, doubleOut, argOut);
     }
     return SetValue_InvalidCommandOption;
 }

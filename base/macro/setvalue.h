@@ -114,13 +114,14 @@ enum StyleFieldKind_e : int8_t {
     StyleField_Int,           // int: a small integer or an index (SetIntegerValue)
     StyleField_Long,          // long (SetLgIndexValue)
     StyleField_EntIndex,      // int: an entity number (SetEntIndexValue)
-    StyleField_Double,        // double
+    StyleField_Double,        // double; with Read and Store, one computed from the target
     StyleField_Enum,          // int: a value of the row's enumerated set
     StyleField_RGBComponent,  // int16_t, one channel of a colour
     StyleField_String,        // std::string
     StyleField_FileName,      // std::string, never empty
     StyleField_Set,           // Set_a *; Max of the input rules limits the members
-    StyleField_Block,         // a block of rows: Sub describes the record Target gives
+    StyleField_Block,         // a block of rows: Sub describes the record Target gives; a block
+                              // without a row (-1) is spliced: its rows stand in the enclosing one
     StyleField_NumberedBlock  // a block behind a number (the next path entry): Element gives it
 };
 
@@ -143,9 +144,15 @@ struct StyleField_s {
     const char *BadNumberMessage;      // numbered blocks: the message for a number Element refuses
     uint8_t Flags;
     // Optional: narrows the input rules by the record's other values (given a copy of the field's own).
+    // A field without input rules of its own takes those the hook gives, and nothing else.
     void (*AdjustSpec)(const void *record, InputSpecs_s *rules);
     // Optional: runs after the value changed.
     void (*AfterChange)();
+    // Optional, doubles computed from the target: the value in stored units, and the store of a
+    // new one that passed the input rules; false if the target cannot take it, which is reported
+    // as out of range.
+    double (*Read)(const void *target) = nullptr;
+    bool (*Store)(void *target, double value, const InputSpecs_s &rules) = nullptr;
 };
 
 struct StyleRecord_s {
@@ -153,9 +160,9 @@ struct StyleRecord_s {
     size_t NumFields;
 };
 
-// Sets the value at path[depth...] of a record: path[depth] is a row of the record's table; a
-// block takes the rest of the path, a numbered block the number in the next entry first.
-// path[0] names the command in messages.
+// Sets the value at path[depth...] of a record: path[depth] is a row of the record's table (or
+// of a record spliced into it); a block takes the rest of the path, a numbered block the number
+// in the next entry first. path[0] names the command in messages.
 SetValueReturnCode_e SetStyleRecordValue(const StyleRecord_s &record, void *base, const int path[7], int depth,
                                          ArbParam_t argValue, double doubleValue, AssignOp_e assignOp);
 // Reads it, in macro units: doubles and colour channels into *doubleOut, the rest into *argOut

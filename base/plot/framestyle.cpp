@@ -1,15 +1,17 @@
-// The walk through the frame style tables that sets and reads one value: the path leads from a
-// major row through the records to a leaf, whose value is checked against its range, converted
-// between macro units and the store, and combined with the assignment operator. Also the factory
-// values of the records where one instance differs from the others (axes of each plot type, the
-// first iso-surface and slice group), and the two templates.
-// Relies on: framestyletables, vocab (names, enumerated sets), macrocomp (AssignOp_e).
+// What the frame adds to the set-value walk through its style records: unit suffixes converted
+// by the size of the frame being set, the frame's rectangle read and set as a position and a size,
+// text heights checked by the units they are given in; the entry points that take a path to the
+// frame style, a map template or a map's own record. Also the factory values of the records where
+// one instance differs from the others (axes of each plot type, the first iso-surface and slice
+// group), and the two templates.
+// Relies on: framestyletables, setvalue (the walk, input rules, typed setters), vocab (names).
 #include "base/plot/framestyle.h"
 
 #include <cmath>
 #include <cstdio>
 #include <type_traits>
 
+#include "base/kernel/orvassert.h"
 #include "base/macro/macrocomp.h"
 #include "base/macro/vocab.h"
 #include "base/plot/framestyletables.h"
@@ -21,323 +23,96 @@ FrameStyle_s FrameBase;
 
 namespace {
 
-// ---- the walk -------------------------------------------------------------------------------
+// ---- unit suffixes --------------------------------------------------------------------------
 
-const char *rowName(int row) {
-    return row >= 0 && row < SetValueCommandListItemCount ? SetValueCommandList[row].Name : "<?>";
+// The frame whose size a unit suffix is taken in. A suffix converter is told only the value and
+// the unit, so the set functions below name the frame here for the length of one set.
+struct SuffixFrame_s {
+    const Rect_s *Rect;
+    bool DividedByZero;  // a converter met a frame of no width or height
+};
+SuffixFrame_s SuffixFrame{nullptr, false};
+
+class SuffixFrameGuard {
+  public:
+    explicit SuffixFrameGuard(const Rect_s &rect) : saved(SuffixFrame) { SuffixFrame = {&rect, false}; }
+    ~SuffixFrameGuard() { SuffixFrame = saved; }
+    SuffixFrameGuard(const SuffixFrameGuard &) = delete;
+    SuffixFrameGuard &operator=(const SuffixFrameGuard &) = delete;
+    bool dividedByZero() const { return SuffixFrame.DividedByZero; }
+
+  private:
+    SuffixFrame_s saved;
+};
+
+// Inches from a value with a unit suffix. Both scales below are taken positive, so the value
+// keeps its sign.
+bool toFrameUnits(double *value, int suffix, double scale) {
+    double inches = *value;
+    switch (suffix) {
+    case Suffix_Cm: inches = *value / 2.54; break;
+    case Suffix_Pt: inches = *value / 72.0; break;
+    case Suffix_Pix: inches = *value / 96.0; break;
+    default: break;
+    }
+    if (scale == 0.0) {
+        SuffixFrame.DividedByZero = true;
+        return false;
+    }
+    *value = inches / scale;
+    return true;
 }
 
-int fail(std::string *error, int code, const std::string &message) {
-    if (error != nullptr) *error = message;
-    return code;
-}
+// ---- text heights ---------------------------------------------------------------------------
 
-int badOption(std::string *error, int row, int majorRow) {
-    return fail(error, FrameStyle_InvalidCommandOption,
-                std::string("Invalid option \"") + rowName(row) + "\"\nfor command: \"" + rowName(majorRow) + "\"");
-}
+const InputSpecs_s FrameTextHeightInputSpec{InputSpecType_Double, 1e-150, 2, 100, ConvertSuffixToFrameHeights};
+const InputSpecs_s AxisTextHeightInputSpec{InputSpecType_Double, 1e-150, 2, 100, nullptr};
+const InputSpecs_s PointTextHeightInputSpec{InputSpecType_Double, 1e-150, 2500, 1, nullptr};
 
-// Finds `row` among the rows of `table`, looking through spliced records; *record moves to
-// the record that holds the row.
-const FrameStyleRow_s *findRow(const FrameStyleTable_s &table, int row, void **record) {
-    for (size_t n = 0; n < table.Count; n++) {
-        const FrameStyleRow_s &entry = table.Rows[n];
-        if (entry.Kind == FrameStyleRowKind_Splice) {
-            void *inner = entry.Locate(*record, 0);
-            if (const FrameStyleRow_s *found = findRow(*entry.Sub, row, &inner)) {
-                *record = inner;
-                return found;
-            }
-        } else if (entry.Row == row) {
-            return &entry;
-        }
+// ---- setting and reading through the records ------------------------------------------------
+
+// The map majors address the template of their maps; path[1] holds the map set, which the
+// template does not look at. Null for any other row.
+void *mapTemplate(FrameStyle_s *style, int row, const StyleRecord_s **record) {
+    if (row == MacroSetValue_FIELD || row == MacroSetValue_FIELDMAP) {
+        *record = &GetFieldMapStyleRecord();
+        return &style->FieldMap;
+    }
+    if (row == MacroSetValue_LINEMAP || row == MacroSetValue_XYMAP) {
+        *record = &GetLineMapStyleRecord();
+        return &style->LineMap;
     }
     return nullptr;
 }
 
-struct Leaf_s {
-    const FrameStyleRow_s *Row;
-    void *Target;
-    int Index;  // the leaf's place in the path
-};
-
-// Walks path[first..6] from `record` through `table` to a leaf. Returns FrameStyle_Ok, or the
-// code and message of the first entry that does not fit.
-int findLeaf(const FrameStyleTable_s &table, void *record, const int path[7], int first, Leaf_s *leaf,
-             std::string *error) {
-    const FrameStyleTable_s *current = &table;
-    int lastRow = path[0];
-    for (int n = first; n < 7; n++) {
-        if (path[n] < 0) break;  // the path ends at a parent: there is no value
-        void *holder = record;
-        const FrameStyleRow_s *row = findRow(*current, path[n], &holder);
-        if (row == nullptr) return badOption(error, path[n], path[0]);
-        lastRow = path[n];
-        if (row->Kind != FrameStyleRowKind_Sub) {
-            for (int rest = n + 1; rest < 7; rest++)
-                if (path[rest] != -1) return badOption(error, path[rest], path[0]);
-            *leaf = {row, row->Locate(holder, 0), n};
-            return FrameStyle_Ok;
-        }
-        int number = 0;
-        if (row->NumberCount > 0) {
-            n++;
-            if (n >= 7 || path[n] < 1 || path[n] > row->NumberCount)
-                return fail(error, FrameStyle_ValueRangeError, row->NumberError);
-            number = path[n] - 1;
-        }
-        record = row->Locate(holder, number);
-        current = row->Sub;
-    }
-    return badOption(error, lastRow, path[0]);
+bool isRowOf(const StyleRecord_s &record, int row) {
+    for (size_t n = 0; n < record.NumFields; n++)
+        if (record.Fields[n].Row == row) return true;
+    return false;
 }
 
-// ---- setting and reading one value ------------------------------------------------------------
-
-bool isSuffixOp(int assignOp) { return assignOp >= AssignOp_ConvertFromCm && assignOp <= AssignOp_ConvertFromPix; }
-
-std::string rangeText(const FrameStyleValueSpec_s &rules) {
-    char text[160];
-    double min = rules.IsInteger ? rules.Min + rules.Adjust : rules.Min * rules.Adjust;
-    double max = rules.IsInteger ? rules.Max + rules.Adjust : rules.Max * rules.Adjust;
-    if (rules.Max >= 1e150 || (rules.IsInteger && rules.Max >= MAXINDEX - 1))
-        snprintf(text, sizeof(text), "must be greater than or equal to %G.", min);
-    else
-        snprintf(text, sizeof(text), "must be between %G and %G.", min, max);
-    return text;
+SetValueReturnCode_e fail(std::string *error, SetValueReturnCode_e code, const std::string &message) {
+    if (error != nullptr) *error = message;
+    return code;
 }
 
-int outOfRange(std::string *error, int row, const FrameStyleValueSpec_s &rules) {
-    return fail(error, FrameStyle_ValueRangeError, std::string("\"") + rowName(row) + "\" " + rangeText(rules));
+// Sets the value at path[depth...] of a record, with unit suffixes taken in frameRect.
+SetValueReturnCode_e setInRecord(const StyleRecord_s &record, void *base, const Rect_s &frameRect, const int path[7],
+                                 int depth, ArbParam_t argValue, double doubleValue, int assignOp, std::string *error) {
+    // An operator past the unit conversions is one that no row takes.
+    AssignOp_e op = assignOp >= AssignOp_Equals && assignOp <= AssignOp_ConvertFromPix ? AssignOp_e(assignOp)
+                                                                                      : AssignOp_e(-1);
+    SuffixFrameGuard guard(frameRect);
+    SetValueReturnCode_e code = SetStyleRecordValue(record, base, path, depth, argValue, doubleValue, op);
+    if (ReturnCodeOk(code)) return code;
+    if (guard.dividedByZero()) return fail(error, SetValue_ValueRangeError, "Divide by zero");
+    return fail(error, code, GetLastSetValueErrorString());
 }
 
-// Applies the operator to a value in macro units. False for a division by zero.
-bool applyOp(int assignOp, double current, double value, double *result) {
-    switch (assignOp) {
-    case AssignOp_PlusEquals: *result = current + value; return true;
-    case AssignOp_MinusEquals: *result = current - value; return true;
-    case AssignOp_TimesEquals: *result = current * value; return true;
-    case AssignOp_DivideEquals:
-        if (value == 0.0) return false;
-        *result = current / value;
-        return true;
-    default: *result = value; return true;
-    }
-}
-
-// A value given with a unit suffix, in the units the row stores. The frame's size is that of
-// its rectangle; a pixel is 1/96 inch. Both scales are taken positive, so the value keeps its sign.
-bool convertSuffix(double value, int assignOp, FrameStyleUnit_e suffix, const Rect_s &frameRect, double *stored) {
-    double inches = value;
-    switch (assignOp) {
-    case AssignOp_ConvertFromCm: inches = value / 2.54; break;
-    case AssignOp_ConvertFromPt: inches = value / 72.0; break;
-    case AssignOp_ConvertFromPix: inches = value / 96.0; break;
-    default: break;
-    }
-    double scale = 1.0;
-    if (suffix == FrameStyleUnit_FrameX) scale = std::fabs(frameRect.X2 - frameRect.X1);
-    if (suffix == FrameStyleUnit_FrameY) scale = std::fabs(frameRect.Y1 - frameRect.Y2);
-    if (scale == 0.0) return false;
-    *stored = inches / scale;
-    return true;
-}
-
-// The new stored value of a double from the operator and value, checked against its range.
-int computeDouble(const FrameStyleValueSpec_s &rules, int row, double current, double value, int assignOp,
-                  const Rect_s &frameRect, double *result, std::string *error) {
-    if (isSuffixOp(assignOp)) {
-        if (rules.Suffix == FrameStyleUnit_None)
-            return fail(error, FrameStyle_AssignOpError,
-                        std::string("Not allowed to use suffix for \"") + rowName(row) + "\"");
-        if (!convertSuffix(value, assignOp, rules.Suffix, frameRect, result))
-            return fail(error, FrameStyle_ValueRangeError, "Divide by zero");
-    } else {
-        // The operator works on the value as the user sees it, so that *= and += scale and
-        // shift what is shown, whatever factor lies between that and the store.
-        double text;
-        if (!applyOp(assignOp, current * rules.Adjust, value, &text))
-            return fail(error, FrameStyle_ValueRangeError, "Divide by zero");
-        *result = text / rules.Adjust;
-    }
-    if (!(*result >= rules.Min && *result <= rules.Max)) return outOfRange(error, row, rules);
-    return FrameStyle_Ok;
-}
-
-int setDouble(double *target, const FrameStyleValueSpec_s &rules, int row, double value, int assignOp,
-              const Rect_s &frameRect, std::string *error) {
-    double result;
-    int code = computeDouble(rules, row, *target, value, assignOp, frameRect, &result, error);
-    if (code != FrameStyle_Ok) return code;
-    if (result == *target) return FrameStyle_DuplicateValue;
-    *target = result;
-    return FrameStyle_Ok;
-}
-
-int setInt(int *target, const FrameStyleValueSpec_s &rules, int row, double value, int assignOp, std::string *error) {
-    if (isSuffixOp(assignOp))
-        return fail(error, FrameStyle_AssignOpError,
-                    std::string("Not allowed to use suffix for \"") + rowName(row) + "\"");
-    double text;
-    if (!applyOp(assignOp, double(*target) + rules.Adjust, value, &text))
-        return fail(error, FrameStyle_ValueRangeError, "Divide by zero");
-    double result = std::trunc(text) - rules.Adjust;
-    if (!(result >= rules.Min && result <= rules.Max)) return outOfRange(error, row, rules);
-    if (int(result) == *target) return FrameStyle_DuplicateValue;
-    *target = int(result);
-    return FrameStyle_Ok;
-}
-
-int equalsOnly(std::string *error, int row) {
-    return fail(error, FrameStyle_AssignOpError,
-                std::string("Assignment operator invalid in\n assignment to \"") + rowName(row) + "\"");
-}
-
-int setLeaf(const Leaf_s &leaf, const int path[7], ArbParam_t argValue, double doubleValue, int assignOp,
-            const Rect_s &frameRect, std::string *error) {
-    int row = path[leaf.Index];
-    const FrameStyleRow_s &entry = *leaf.Row;
-    if (assignOp < AssignOp_Equals || assignOp > AssignOp_ConvertFromPix) return equalsOnly(error, row);
-    switch (entry.Kind) {
-    case FrameStyleRowKind_Bool: {
-        if (assignOp != AssignOp_Equals) return equalsOnly(error, row);
-        bool *target = static_cast<bool *>(leaf.Target);
-        bool wanted = argValue != 0;
-        if (wanted == *target) return FrameStyle_DuplicateValue;
-        *target = wanted;
-        return FrameStyle_Ok;
-    }
-    case FrameStyleRowKind_Enum: {
-        if (assignOp != AssignOp_Equals) return equalsOnly(error, row);
-        int *target = static_cast<int *>(leaf.Target);
-        if (argValue < INT16_MIN || argValue > INT16_MAX || !IsEnumValueInSet(GetSetValueEnumSet(row), int(argValue)))
-            return fail(error, FrameStyle_ValueRangeError, std::string("Invalid Option for \"") + rowName(row) + "\"");
-        if (*target == int(argValue)) return FrameStyle_DuplicateValue;
-        *target = int(argValue);
-        return FrameStyle_Ok;
-    }
-    case FrameStyleRowKind_String: {
-        if (assignOp != AssignOp_Equals) return equalsOnly(error, row);
-        std::string *target = static_cast<std::string *>(leaf.Target);
-        const char *text = reinterpret_cast<const char *>(argValue);
-        std::string wanted = text != nullptr ? text : "";
-        if (wanted == *target) return FrameStyle_DuplicateValue;
-        *target = wanted;
-        return FrameStyle_Ok;
-    }
-    case FrameStyleRowKind_Int:
-        return setInt(static_cast<int *>(leaf.Target), *entry.Rules, row, double(argValue), assignOp, error);
-    case FrameStyleRowKind_Double:
-        return setDouble(static_cast<double *>(leaf.Target), *entry.Rules, row, doubleValue, assignOp, frameRect, error);
-    case FrameStyleRowKind_TextHeight: {
-        TextShape_s *shape = static_cast<TextShape_s *>(leaf.Target);
-        return setDouble(&shape->Height, FrameStyleTextHeightSpec(shape->SizeUnits), row, doubleValue, assignOp,
-                         frameRect, error);
-    }
-    case FrameStyleRowKind_RectX:
-    case FrameStyleRowKind_RectY: {
-        // XYPOS moves the frame: the opposite edge follows, so the size is kept.
-        Rect_s *rect = static_cast<Rect_s *>(leaf.Target);
-        bool isX = entry.Kind == FrameStyleRowKind_RectX;
-        double *edge = isX ? &rect->X1 : &rect->Y2;
-        double *opposite = isX ? &rect->X2 : &rect->Y1;
-        double result;
-        int code = computeDouble(*entry.Rules, row, *edge, doubleValue, assignOp, frameRect, &result, error);
-        if (code != FrameStyle_Ok) return code;
-        if (result == *edge) return FrameStyle_DuplicateValue;
-        double moved = *opposite + (result - *edge);
-        if (!(moved >= entry.Rules->Min && moved <= entry.Rules->Max)) return outOfRange(error, row, *entry.Rules);
-        *edge = result;
-        *opposite = moved;
-        return FrameStyle_Ok;
-    }
-    case FrameStyleRowKind_RectWidth:
-    case FrameStyleRowKind_RectHeight: {
-        // The size moves the right or the bottom edge; the position stays.
-        Rect_s *rect = static_cast<Rect_s *>(leaf.Target);
-        bool isWidth = entry.Kind == FrameStyleRowKind_RectWidth;
-        double current = isWidth ? rect->X2 - rect->X1 : rect->Y1 - rect->Y2;
-        double result;
-        int code = computeDouble(*entry.Rules, row, current, doubleValue, assignOp, frameRect, &result, error);
-        if (code != FrameStyle_Ok) return code;
-        if (result == current) return FrameStyle_DuplicateValue;
-        if (isWidth)
-            rect->X2 = rect->X1 + result;
-        else
-            rect->Y1 = rect->Y2 + result;
-        return FrameStyle_Ok;
-    }
-    case FrameStyleRowKind_Sub:
-    case FrameStyleRowKind_Splice: break;
-    }
-    return badOption(error, row, path[0]);
-}
-
-void getLeaf(const Leaf_s &leaf, double *doubleOut, ArbParam_t *argOut) {
-    const FrameStyleRow_s &entry = *leaf.Row;
-    switch (entry.Kind) {
-    case FrameStyleRowKind_Bool: *argOut = *static_cast<const bool *>(leaf.Target) ? 1 : 0; break;
-    case FrameStyleRowKind_Enum: *argOut = *static_cast<const int *>(leaf.Target); break;
-    case FrameStyleRowKind_String:
-        *argOut = reinterpret_cast<ArbParam_t>(static_cast<const std::string *>(leaf.Target)->c_str());
-        break;
-    case FrameStyleRowKind_Int:
-        *argOut = ArbParam_t(*static_cast<const int *>(leaf.Target) + ArbParam_t(entry.Rules->Adjust));
-        break;
-    case FrameStyleRowKind_Double: *doubleOut = *static_cast<const double *>(leaf.Target) * entry.Rules->Adjust; break;
-    case FrameStyleRowKind_TextHeight: {
-        const TextShape_s *shape = static_cast<const TextShape_s *>(leaf.Target);
-        *doubleOut = shape->Height * FrameStyleTextHeightSpec(shape->SizeUnits).Adjust;
-        break;
-    }
-    case FrameStyleRowKind_RectX: *doubleOut = static_cast<const Rect_s *>(leaf.Target)->X1; break;
-    case FrameStyleRowKind_RectY: *doubleOut = static_cast<const Rect_s *>(leaf.Target)->Y2; break;
-    case FrameStyleRowKind_RectWidth: {
-        const Rect_s *rect = static_cast<const Rect_s *>(leaf.Target);
-        *doubleOut = rect->X2 - rect->X1;
-        break;
-    }
-    case FrameStyleRowKind_RectHeight: {
-        const Rect_s *rect = static_cast<const Rect_s *>(leaf.Target);
-        *doubleOut = rect->Y1 - rect->Y2;
-        break;
-    }
-    case FrameStyleRowKind_Sub:
-    case FrameStyleRowKind_Splice: break;
-    }
-}
-
-// Where the rows of a major start in the path, and the record they address; the code of a
-// refused group number otherwise.
-int locateMajor(FrameStyle_s *style, const FrameStyleMajor_s &major, const int path[7], void **record, int *first,
-                std::string *error) {
-    int group = 0;
-    *first = 1;
-    if (major.NumGroups > 0) {
-        if (path[1] < 1 || path[1] > major.NumGroups) return fail(error, FrameStyle_ValueRangeError, major.GroupError);
-        group = path[1] - 1;
-        *first = 2;
-    } else if (major.HasMapSet) {
-        *first = 2;
-    }
-    *record = major.Locate(style, group);
-    return FrameStyle_Ok;
-}
-
-int setMap(const FrameStyleTable_s &table, void *map, const Rect_s &frameRect, const int path[7], ArbParam_t argValue,
-           double doubleValue, int assignOp, std::string *error) {
-    Leaf_s leaf;
-    int code = findLeaf(table, map, path, 2, &leaf, error);
-    if (code != FrameStyle_Ok) return code;
-    return setLeaf(leaf, path, argValue, doubleValue, assignOp, frameRect, error);
-}
-
-int getMap(const FrameStyleTable_s &table, const void *map, const int path[7], double *doubleOut, ArbParam_t *argOut) {
-    Leaf_s leaf;
-    if (findLeaf(table, const_cast<void *>(map), path, 2, &leaf, nullptr) != FrameStyle_Ok)
-        return FrameStyle_InvalidCommandOption;
-    getLeaf(leaf, doubleOut, argOut);
-    return FrameStyle_Ok;
+SetValueReturnCode_e getInRecord(const StyleRecord_s &record, const void *base, const int path[7], int depth,
+                                 double *doubleOut, ArbParam_t *argOut) {
+    // Only read: the walk takes the record as it takes one to set.
+    return GetStyleRecordValue(record, const_cast<void *>(base), path, depth, doubleOut, argOut);
 }
 
 // ---- factory values that differ between instances of a record ------------------------------
@@ -460,57 +235,115 @@ bool IsFrameStyleMajorRow(int row) {
            row == MacroSetValue_FRAMELINKING || row == MacroSetValue_LINKING;
 }
 
-int FrameStyleSetValue(FrameStyle_s *style, const int path[7], ArbParam_t argValue, double doubleValue, int assignOp,
-                       std::string *error) {
-    const FrameStyleMajor_s *major = FindFrameStyleMajor(path[0]);
-    if (major == nullptr) {
+SetValueReturnCode_e FrameStyleSetValue(FrameStyle_s *style, const int path[7], ArbParam_t argValue,
+                                        double doubleValue, int assignOp, std::string *error) {
+    // Unit suffixes scale by the frame as it stands before this change.
+    Rect_s frameRect = style->FrameLayout.Rect;
+    const StyleRecord_s *mapRecord;
+    if (void *map = mapTemplate(style, path[0], &mapRecord))
+        return setInRecord(*mapRecord, map, frameRect, path, 2, argValue, doubleValue, assignOp, error);
+    if (!isRowOf(GetFrameStyleRecord(), path[0])) {
         // Not a record of the frame style: the plot type, name, active maps and the text and
         // geometry bases are set elsewhere.
         char text[64];
         snprintf(text, sizeof(text), "Invalid Major Command (%d)", path[0]);
-        return fail(error, FrameStyle_InvalidCommandOption, text);
+        return fail(error, SetValue_InvalidCommandOption, text);
     }
-    void *record;
-    int first;
-    int code = locateMajor(style, *major, path, &record, &first, error);
-    if (code != FrameStyle_Ok) return code;
-    Leaf_s leaf;
-    code = findLeaf(*major->Table, record, path, first, &leaf, error);
-    if (code != FrameStyle_Ok) return code;
-    // Unit suffixes scale by the frame as it stands before this change.
-    Rect_s frameRect = style->FrameLayout.Rect;
-    return setLeaf(leaf, path, argValue, doubleValue, assignOp, frameRect, error);
+    return setInRecord(GetFrameStyleRecord(), style, frameRect, path, 0, argValue, doubleValue, assignOp, error);
 }
 
-int FrameStyleGetValue(const FrameStyle_s *style, const int path[7], double *doubleOut, ArbParam_t *argOut) {
-    const FrameStyleMajor_s *major = FindFrameStyleMajor(path[0]);
-    if (major == nullptr) return FrameStyle_InvalidCommandOption;
-    void *record;
-    int first;
-    FrameStyle_s *mutableStyle = const_cast<FrameStyle_s *>(style);  // only read below
-    if (locateMajor(mutableStyle, *major, path, &record, &first, nullptr) != FrameStyle_Ok)
-        return FrameStyle_InvalidCommandOption;
-    Leaf_s leaf;
-    if (findLeaf(*major->Table, record, path, first, &leaf, nullptr) != FrameStyle_Ok)
-        return FrameStyle_InvalidCommandOption;
-    getLeaf(leaf, doubleOut, argOut);
-    return FrameStyle_Ok;
+SetValueReturnCode_e FrameStyleGetValue(const FrameStyle_s *style, const int path[7], double *doubleOut,
+                                        ArbParam_t *argOut) {
+    const StyleRecord_s *mapRecord;
+    if (void *map = mapTemplate(const_cast<FrameStyle_s *>(style), path[0], &mapRecord))
+        return getInRecord(*mapRecord, map, path, 2, doubleOut, argOut);
+    return getInRecord(GetFrameStyleRecord(), style, path, 0, doubleOut, argOut);
 }
 
-int FieldMapStyleSetValue(FieldMapStyle_s *map, const Rect_s &frameRect, const int path[7], ArbParam_t argValue,
-                          double doubleValue, int assignOp, std::string *error) {
-    return setMap(GetFieldMapStyleTable(), map, frameRect, path, argValue, doubleValue, assignOp, error);
+SetValueReturnCode_e FieldMapStyleSetValue(FieldMapStyle_s *map, const Rect_s &frameRect, const int path[7],
+                                           ArbParam_t argValue, double doubleValue, int assignOp, std::string *error) {
+    return setInRecord(GetFieldMapStyleRecord(), map, frameRect, path, 2, argValue, doubleValue, assignOp, error);
 }
 
-int FieldMapStyleGetValue(const FieldMapStyle_s *map, const int path[7], double *doubleOut, ArbParam_t *argOut) {
-    return getMap(GetFieldMapStyleTable(), map, path, doubleOut, argOut);
+SetValueReturnCode_e FieldMapStyleGetValue(const FieldMapStyle_s *map, const int path[7], double *doubleOut,
+                                           ArbParam_t *argOut) {
+    return getInRecord(GetFieldMapStyleRecord(), map, path, 2, doubleOut, argOut);
 }
 
-int LineMapStyleSetValue(LineMapStyle_s *map, const Rect_s &frameRect, const int path[7], ArbParam_t argValue,
-                         double doubleValue, int assignOp, std::string *error) {
-    return setMap(GetLineMapStyleTable(), map, frameRect, path, argValue, doubleValue, assignOp, error);
+SetValueReturnCode_e LineMapStyleSetValue(LineMapStyle_s *map, const Rect_s &frameRect, const int path[7],
+                                          ArbParam_t argValue, double doubleValue, int assignOp, std::string *error) {
+    return setInRecord(GetLineMapStyleRecord(), map, frameRect, path, 2, argValue, doubleValue, assignOp, error);
 }
 
-int LineMapStyleGetValue(const LineMapStyle_s *map, const int path[7], double *doubleOut, ArbParam_t *argOut) {
-    return getMap(GetLineMapStyleTable(), map, path, doubleOut, argOut);
+SetValueReturnCode_e LineMapStyleGetValue(const LineMapStyle_s *map, const int path[7], double *doubleOut,
+                                          ArbParam_t *argOut) {
+    return getInRecord(GetLineMapStyleRecord(), map, path, 2, doubleOut, argOut);
+}
+
+// ---- what the tables name -------------------------------------------------------------------
+
+bool ConvertSuffixToFrameWidths(double *value, int suffix) {
+    REQUIRE(SuffixFrame.Rect != nullptr);
+    return toFrameUnits(value, suffix, std::fabs(SuffixFrame.Rect->X2 - SuffixFrame.Rect->X1));
+}
+
+bool ConvertSuffixToFrameHeights(double *value, int suffix) {
+    REQUIRE(SuffixFrame.Rect != nullptr);
+    return toFrameUnits(value, suffix, std::fabs(SuffixFrame.Rect->Y1 - SuffixFrame.Rect->Y2));
+}
+
+bool ConvertSuffixToPaperInches(double *value, int suffix) { return toFrameUnits(value, suffix, 1.0); }
+
+void FrameTextHeightRules(const void *textShape, InputSpecs_s *rules) {
+    switch (static_cast<const TextShape_s *>(textShape)->SizeUnits) {
+    case 1: *rules = FrameTextHeightInputSpec; break;   // FRAME
+    case 4: *rules = AxisTextHeightInputSpec; break;    // AXISPERCENTAGE
+    case 2: *rules = PointTextHeightInputSpec; break;   // POINT
+    default: *rules = AboveZeroDoubleInputSpec; break;  // GRID, SCREEN
+    }
+}
+
+// XYPOS is (X1, Y2); WIDTH is X2 - X1 and HEIGHT Y1 - Y2.
+double ReadFrameLeft(const void *rect) { return static_cast<const Rect_s *>(rect)->X1; }
+double ReadFrameTop(const void *rect) { return static_cast<const Rect_s *>(rect)->Y2; }
+double ReadFrameWidth(const void *rect) {
+    const Rect_s *frame = static_cast<const Rect_s *>(rect);
+    return frame->X2 - frame->X1;
+}
+double ReadFrameHeight(const void *rect) {
+    const Rect_s *frame = static_cast<const Rect_s *>(rect);
+    return frame->Y1 - frame->Y2;
+}
+
+namespace {
+
+// Moves an edge to value and the opposite edge by as much, so the size is kept.
+bool moveEdges(double *edge, double *opposite, double value, const InputSpecs_s &rules) {
+    double moved = *opposite + (value - *edge);
+    if (!(moved >= rules.Min && moved <= rules.Max)) return false;
+    *edge = value;
+    *opposite = moved;
+    return true;
+}
+
+}  // namespace
+
+bool MoveFrameLeft(void *rect, double value, const InputSpecs_s &rules) {
+    Rect_s *frame = static_cast<Rect_s *>(rect);
+    return moveEdges(&frame->X1, &frame->X2, value, rules);
+}
+bool MoveFrameTop(void *rect, double value, const InputSpecs_s &rules) {
+    Rect_s *frame = static_cast<Rect_s *>(rect);
+    return moveEdges(&frame->Y2, &frame->Y1, value, rules);
+}
+// The size moves the right or the bottom edge; the position stays.
+bool StoreFrameWidth(void *rect, double value, const InputSpecs_s &) {
+    Rect_s *frame = static_cast<Rect_s *>(rect);
+    frame->X2 = frame->X1 + value;
+    return true;
+}
+bool StoreFrameHeight(void *rect, double value, const InputSpecs_s &) {
+    Rect_s *frame = static_cast<Rect_s *>(rect);
+    frame->Y1 = frame->Y2 + value;
+    return true;
 }

@@ -9,21 +9,24 @@
 // fractions of the frame width and height for positions (percent in macros), radians for angles
 // (degrees in macros), inches on the paper for the frame rectangle, zero-based entity numbers
 // (one-based in macros).
-// Relies on: vocab (row numbers and enumerated sets), macrocomp (assignment operators).
+// Relies on: setvalue (the style record walk, input rules and typed setters), vocab (row numbers
+// and enumerated sets), macrocomp (assignment operators).
 #pragma once
 
 #include <string>
 
 #include "base/kernel/types.h"
+#include "base/macro/setvalue.h"
 
-// Results of FrameStyleSetValue, numbered as the set-value return codes.
-enum FrameStyleResult_e {
-    FrameStyle_Ok = 0,
-    FrameStyle_DuplicateValue = 1,        // the new value equals the old one; nothing changed
-    FrameStyle_InvalidCommandOption = 2,  // the path does not name a value of the frame style
-    FrameStyle_ValueRangeError = 6,       // out of range, not in the row's set, or divide by zero
-    FrameStyle_AssignOpError = 8          // operator or unit suffix not allowed on the row
-};
+// The set-value return codes FrameStyleSetValue gives, under the names the frame layer uses.
+constexpr SetValueReturnCode_e FrameStyle_Ok = SetValue_Ok;
+constexpr SetValueReturnCode_e FrameStyle_DuplicateValue = SetValue_DuplicateValue;  // nothing changed
+// The path does not name a value of the frame style.
+constexpr SetValueReturnCode_e FrameStyle_InvalidCommandOption = SetValue_InvalidCommandOption;
+// Out of range, not in the row's set, or divide by zero.
+constexpr SetValueReturnCode_e FrameStyle_ValueRangeError = SetValue_ValueRangeError;
+// Operator or unit suffix not allowed on the row.
+constexpr SetValueReturnCode_e FrameStyle_AssignOpError = SetValue_AssignOpError;
 
 // ---- shared sub-records -------------------------------------------------------------------
 
@@ -902,19 +905,22 @@ bool IsFrameStyleMajorRow(int row);
 // numbered sub-parents (XDETAIL and YDETAIL of XYLINEAXIS and XYAXIS, COLORMAPOVERRIDE,
 // CONSTRAINT) the next entry is that number, from 1. argValue carries integers, enumerated values,
 // booleans and strings (const char *); doubleValue doubles, in macro units. assignOp is an
-// AssignOp_e. Returns a FrameStyleResult_e; on failure *error (if given) holds the message.
-int FrameStyleSetValue(FrameStyle_s *style, const int path[7], ArbParam_t argValue, double doubleValue, int assignOp,
-                       std::string *error);
+// AssignOp_e. On failure *error (if given) holds the message.
+SetValueReturnCode_e FrameStyleSetValue(FrameStyle_s *style, const int path[7], ArbParam_t argValue,
+                                        double doubleValue, int assignOp, std::string *error);
 // Reads one value in macro units: doubles into *doubleOut, the rest into *argOut (a string as a
 // const char * owned by the style). FrameStyle_Ok, or FrameStyle_InvalidCommandOption for a path
 // that names no value.
-int FrameStyleGetValue(const FrameStyle_s *style, const int path[7], double *doubleOut, ArbParam_t *argOut);
+SetValueReturnCode_e FrameStyleGetValue(const FrameStyle_s *style, const int path[7], double *doubleOut,
+                                        ArbParam_t *argOut);
 
 // The same for one map's record, with the path as for FIELD/FIELDMAP or LINEMAP/XYMAP above (the
 // rows from [2] on). frameRect is the frame's rectangle, for unit suffixes.
-int FieldMapStyleSetValue(FieldMapStyle_s *map, const Rect_s &frameRect, const int path[7], ArbParam_t argValue,
-                          double doubleValue, int assignOp, std::string *error);
-int FieldMapStyleGetValue(const FieldMapStyle_s *map, const int path[7], double *doubleOut, ArbParam_t *argOut);
-int LineMapStyleSetValue(LineMapStyle_s *map, const Rect_s &frameRect, const int path[7], ArbParam_t argValue,
-                         double doubleValue, int assignOp, std::string *error);
-int LineMapStyleGetValue(const LineMapStyle_s *map, const int path[7], double *doubleOut, ArbParam_t *argOut);
+SetValueReturnCode_e FieldMapStyleSetValue(FieldMapStyle_s *map, const Rect_s &frameRect, const int path[7],
+                                           ArbParam_t argValue, double doubleValue, int assignOp, std::string *error);
+SetValueReturnCode_e FieldMapStyleGetValue(const FieldMapStyle_s *map, const int path[7], double *doubleOut,
+                                           ArbParam_t *argOut);
+SetValueReturnCode_e LineMapStyleSetValue(LineMapStyle_s *map, const Rect_s &frameRect, const int path[7],
+                                          ArbParam_t argValue, double doubleValue, int assignOp, std::string *error);
+SetValueReturnCode_e LineMapStyleGetValue(const LineMapStyle_s *map, const int path[7], double *doubleOut,
+                                          ArbParam_t *argOut);

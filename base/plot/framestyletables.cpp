@@ -1,7 +1,9 @@
-// The tables of the frame style records: one per record, each row with its input check and the
-// place of its value, and the major rows with the records they address. The walk over them is in
-// framestyle.cpp.
-// Relies on: framestyletables, vocab (row numbers).
+// The tables of the frame style records: one per record, each row with its input rules and the
+// place of its value, as style records that the set-value walk sets and reads through; and the
+// major rows with the records they address. What the frame adds to the walk (unit suffixes by
+// the frame's size, its rectangle, text heights by their units) is in framestyle.cpp.
+// Relies on: framestyletables, setvalue (the input rules the general style shares), vocab (row
+// numbers).
 #include "base/plot/framestyletables.h"
 
 #include <iterator>
@@ -10,91 +12,124 @@
 
 namespace {
 
-// ---- input checks ---------------------------------------------------------------------------
+// ---- input rules ----------------------------------------------------------------------------
+// Those the general style shares (any double, angles, percentages, indices, entity numbers)
+// come from setvalue; these are the frame's own.
 
 constexpr double DegreesPerRadian = 57.29577951308232;
 constexpr double Pi = 3.141592653589793;
 
-constexpr FrameStyleValueSpec_s DoubleSpec{false, -1e150, 1e150, 1, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s AboveZeroDoubleSpec{false, 1e-150, 1e150, 1, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s ZeroAndAboveDoubleSpec{false, 0, 1e150, 1, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s AngleSpec{false, -4 * Pi, 4 * Pi, DegreesPerRadian, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s TextAngleSpec{false, -2 * Pi, 2 * Pi, DegreesPerRadian, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s CreaseAngleSpec{false, 0, Pi, DegreesPerRadian, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s FieldOfViewSpec{false, 1e-6, Pi, DegreesPerRadian, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s XFrameCoordSpec{false, 0, 1, 100, FrameStyleUnit_FrameX};
-constexpr FrameStyleValueSpec_s YFrameCoordSpec{false, 0, 1, 100, FrameStyleUnit_FrameY};
-constexpr FrameStyleValueSpec_s LineThicknessSpec{false, 1e-6, 1, 100, FrameStyleUnit_FrameY};
-constexpr FrameStyleValueSpec_s FrameTextSizeSpec{false, 1e-150, 2, 100, FrameStyleUnit_FrameY};
-constexpr FrameStyleValueSpec_s PointTextSizeSpec{false, 1e-150, 2500, 1, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s AxisTextSizeSpec{false, 1e-150, 2, 100, FrameStyleUnit_None};
+const InputSpecs_s CreaseAngleInputSpec{InputSpecType_Double, 0, Pi, DegreesPerRadian, nullptr};
+const InputSpecs_s FieldOfViewInputSpec{InputSpecType_Double, 1e-6, Pi, DegreesPerRadian, nullptr};
+// Positions in the frame, fractions of its width and height; a unit converts by the frame's size.
+const InputSpecs_s XFramePositionInputSpec{InputSpecType_Double, 0, 1, 100, ConvertSuffixToFrameWidths};
+const InputSpecs_s YFramePositionInputSpec{InputSpecType_Double, 0, 1, 100, ConvertSuffixToFrameHeights};
+const InputSpecs_s FrameLineThicknessInputSpec{InputSpecType_Double, 1e-6, 1, 100, ConvertSuffixToFrameHeights};
 // Sizes, lengths and spacings in frame units, and offsets that may point either way.
-constexpr FrameStyleValueSpec_s FrameSizeSpec{false, 0, 10, 100, FrameStyleUnit_FrameY};
-constexpr FrameStyleValueSpec_s FrameOffsetSpec{false, -10, 10, 100, FrameStyleUnit_FrameY};
-constexpr FrameStyleValueSpec_s PercentageSpec{false, 0, 1, 100, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s PercentNumberSpec{false, 0, 100, 1, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s MarginSpec{false, 0, 10, 100, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s PaperCoordSpec{false, -500, 500, 1, FrameStyleUnit_Paper};
-constexpr FrameStyleValueSpec_s PaperSizeSpec{false, 0.1, 1000, 1, FrameStyleUnit_Paper};
+const InputSpecs_s FrameLengthInputSpec{InputSpecType_Double, 0, 10, 100, ConvertSuffixToFrameHeights};
+const InputSpecs_s FrameOffsetInputSpec{InputSpecType_Double, -10, 10, 100, ConvertSuffixToFrameHeights};
+const InputSpecs_s PercentNumberInputSpec{InputSpecType_Double, 0, 100, 1, nullptr};
+const InputSpecs_s MarginInputSpec{InputSpecType_Double, 0, 10, 100, nullptr};
+// The frame's own rectangle, inches on the paper.
+const InputSpecs_s PaperPositionInputSpec{InputSpecType_Double, -500, 500, 1, ConvertSuffixToPaperInches};
+const InputSpecs_s PaperSizeInputSpec{InputSpecType_Double, 0.1, 1000, 1, ConvertSuffixToPaperInches};
 
-constexpr FrameStyleValueSpec_s ZeroAndAboveLgIndexSpec{true, 0, MAXINDEX, 0, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s AboveZeroLgIndexSpec{true, 1, MAXINDEX, 0, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s ZeroAndAboveSmIntegerSpec{true, 0, 32767, 0, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s AboveZeroSmIntegerSpec{true, 1, 32767, 0, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s EntIndexSpec{true, 0, 32699, 1, FrameStyleUnit_None};
 // A variable, given from 1; 0 in a macro (stored -1) leaves the row without one.
-constexpr FrameStyleValueSpec_s VarOrNoneSpec{true, -1, 32699, 1, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s OneBasedIndexSpec{true, 0, MAXINDEX - 1, 1, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s ContourGroupSpec{true, 0, 3, 1, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s ContourLevelSpec{true, 0, 32699, 1, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s CustomLabelSpec{true, 0, 9, 1, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s ValuePrecisionSpec{true, 1, 18, 0, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s NumMinorTicksSpec{true, 0, 100, 0, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s NumberOfRodPointsSpec{true, 3, 100, 0, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s MaxLinkGroupsSpec{true, 1, 20, 0, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s TranslucencySpec{true, 1, 99, 0, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s PolyOrderSpec{true, 1, 10, 0, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s CurvePointsSpec{true, 2, MAXINDEX, 0, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s XYAxisNumberSpec{true, 0, MaxXYLineAxes - 1, 1, FrameStyleUnit_None};
-constexpr FrameStyleValueSpec_s AxisEdgeSpec{true, 0, 3, 0, FrameStyleUnit_None};
+const InputSpecs_s VarOrNoneInputSpec{InputSpecType_SmInteger, -1, 32699, 1, nullptr};
+const InputSpecs_s OneBasedIndexInputSpec{InputSpecType_LgIndex, 0, MAXINDEX - 1, 1, nullptr};
+const InputSpecs_s ContourLevelInputSpec{InputSpecType_SmInteger, 0, 32699, 1, nullptr};
+const InputSpecs_s CustomLabelInputSpec{InputSpecType_SmInteger, 0, 9, 1, nullptr};
+const InputSpecs_s NumMinorTicksInputSpec{InputSpecType_SmInteger, 0, 100, 0, nullptr};
+const InputSpecs_s NumberOfRodPointsInputSpec{InputSpecType_SmInteger, 3, 100, 0, nullptr};
+const InputSpecs_s LinkGroupInputSpec{InputSpecType_SmInteger, 1, 20, 0, nullptr};
+const InputSpecs_s TranslucencyInputSpec{InputSpecType_SmInteger, 1, 99, 0, nullptr};
+const InputSpecs_s PolyOrderInputSpec{InputSpecType_SmInteger, 1, 10, 0, nullptr};
+const InputSpecs_s CurvePointsInputSpec{InputSpecType_LgIndex, 2, MAXINDEX, 0, nullptr};
+const InputSpecs_s XYAxisNumberInputSpec{InputSpecType_SmInteger, 0, MaxXYLineAxes - 1, 1, nullptr};
+const InputSpecs_s AxisEdgeInputSpec{InputSpecType_SmInteger, 0, 3, 0, nullptr};
 
-// ---- tables ---------------------------------------------------------------------------------
+// ---- rows -----------------------------------------------------------------------------------
 
-// The locator of a row whose value, or whose block, is the record itself.
-void *self(void *record, int) { return record; }
+using Target_pf = void *(*)(void *record);
 
-#define LOC(member) [](void *record, int) -> void * { return &static_cast<REC *>(record)->member; }
-#define LOCN(member) [](void *record, int n) -> void * { return &static_cast<REC *>(record)->member[n]; }
-#define BOOLROW(row, member) {MacroSetValue_##row, FrameStyleRowKind_Bool, nullptr, LOC(member), nullptr, 0, nullptr}
-#define ENUMROW(row, member) {MacroSetValue_##row, FrameStyleRowKind_Enum, nullptr, LOC(member), nullptr, 0, nullptr}
-#define INTROW(row, rules, member) {MacroSetValue_##row, FrameStyleRowKind_Int, &rules, LOC(member), nullptr, 0, nullptr}
-#define DBLROW(row, rules, member) \
-    {MacroSetValue_##row, FrameStyleRowKind_Double, &rules, LOC(member), nullptr, 0, nullptr}
-#define STRROW(row, member) {MacroSetValue_##row, FrameStyleRowKind_String, nullptr, LOC(member), nullptr, 0, nullptr}
-#define RECTROW(row, kind, rules, rect) {MacroSetValue_##row, kind, &rules, LOC(rect), nullptr, 0, nullptr}
-#define SUBROW(row, member, table) \
-    {MacroSetValue_##row, FrameStyleRowKind_Sub, nullptr, LOC(member), &table, 0, nullptr}
-#define NUMSUBROW(row, member, table, count, message) \
-    {MacroSetValue_##row, FrameStyleRowKind_Sub, nullptr, LOCN(member), &table, count, message}
-#define SPLICEROW(member, table) {-1, FrameStyleRowKind_Splice, nullptr, LOC(member), &table, 0, nullptr}
-#define TABLE(name) const FrameStyleTable_s name##Table{name##Rows, std::size(name##Rows)}
+// The target of a row whose value, or whose block, is the record itself.
+void *self(void *record) { return record; }
+
+// A row of a kind; the ones below fill in what the other kinds need.
+constexpr StyleField_s field(int row, StyleFieldKind_e kind, const InputSpecs_s *rules, Target_pf target) {
+    StyleField_s entry{};
+    entry.Row = row;
+    entry.Kind = kind;
+    entry.Spec = rules;
+    entry.Target = target;
+    return entry;
+}
+constexpr StyleField_s block(int row, const StyleRecord_s &sub, Target_pf target) {
+    StyleField_s entry = field(row, StyleField_Block, nullptr, target);
+    entry.Sub = &sub;
+    return entry;
+}
+constexpr StyleField_s numbered(int row, const StyleRecord_s &sub, void *(*element)(void *, int), const char *message) {
+    StyleField_s entry = field(row, StyleField_NumberedBlock, nullptr, nullptr);
+    entry.Sub = &sub;
+    entry.Element = element;
+    entry.BadNumberMessage = message;
+    return entry;
+}
+// A text height: its rules are those of the units the shape is sized in, and no others.
+constexpr StyleField_s textHeight(int row, Target_pf target) {
+    StyleField_s entry = field(row, StyleField_Double, nullptr, target);
+    entry.AdjustSpec = FrameTextHeightRules;
+    return entry;
+}
+constexpr StyleField_s computed(int row, const InputSpecs_s &rules, Target_pf target, double (*read)(const void *),
+                                bool (*store)(void *, double, const InputSpecs_s &)) {
+    StyleField_s entry = field(row, StyleField_Double, &rules, target);
+    entry.Read = read;
+    entry.Store = store;
+    return entry;
+}
+
+#define LOC(member) [](void *record) -> void * { return &static_cast<REC *>(record)->member; }
+#define BOOLROW(row, member) field(MacroSetValue_##row, StyleField_Bool, nullptr, LOC(member))
+#define ENUMROW(row, member) field(MacroSetValue_##row, StyleField_Enum, nullptr, LOC(member))
+#define INTROW(row, rules, member) field(MacroSetValue_##row, StyleField_Int, &rules, LOC(member))
+#define DBLROW(row, rules, member) field(MacroSetValue_##row, StyleField_Double, &rules, LOC(member))
+#define STRROW(row, member) field(MacroSetValue_##row, StyleField_String, nullptr, LOC(member))
+#define TEXTHEIGHTROW(row, member) textHeight(MacroSetValue_##row, LOC(member))
+#define COMPUTEDROW(row, rules, read, store) computed(MacroSetValue_##row, rules, self, read, store)
+#define COMPUTEDMEMBERROW(row, rules, member, read, store) \
+    computed(MacroSetValue_##row, rules, LOC(member), read, store)
+#define SUBROW(row, member, table) block(MacroSetValue_##row, table, LOC(member))
+#define SELFROW(row, table) block(MacroSetValue_##row, table, self)
+// A block behind a number from 1 to count; Element refuses the others.
+#define NUMSUBROW(row, member, table, count, message)                                          \
+    numbered(MacroSetValue_##row, table,                                                       \
+             [](void *record, int n) -> void * {                                               \
+                 if (n < 1 || n > (count)) return nullptr;                                     \
+                 return &static_cast<REC *>(record)->member[n - 1];                            \
+             },                                                                                \
+             message)
+// A block without a row of its own: its rows stand in the block of the record.
+#define SPLICEROW(member, table) block(-1, table, LOC(member))
+#define TABLE(name) const StyleRecord_s name##Table{name##Rows, std::size(name##Rows)}
 
 // -- shared sub-records --
 
 #define REC TextShape_s
-const FrameStyleRow_s TextShapeRows[] = {
+const StyleField_s TextShapeRows[] = {
     ENUMROW(FONT, Font),
     ENUMROW(SIZEUNITS, SizeUnits),
-    {MacroSetValue_HEIGHT, FrameStyleRowKind_TextHeight, nullptr, self, nullptr, 0, nullptr},
+    TEXTHEIGHTROW(HEIGHT, Height),
 };
 TABLE(TextShape);
 #undef REC
 
 #define REC TextBox_s
-const FrameStyleRow_s TextBoxRows[] = {
+const StyleField_s TextBoxRows[] = {
     ENUMROW(BOXTYPE, BoxType),
-    DBLROW(MARGIN, MarginSpec, Margin),
-    DBLROW(LINETHICKNESS, LineThicknessSpec, LineThickness),
+    DBLROW(MARGIN, MarginInputSpec, Margin),
+    DBLROW(LINETHICKNESS, FrameLineThicknessInputSpec, LineThickness),
     ENUMROW(COLOR, Color),
     ENUMROW(FILLCOLOR, FillColor),
 };
@@ -102,10 +137,10 @@ TABLE(TextBox);
 #undef REC
 
 #define REC ValueFormat_s
-const FrameStyleRow_s ValueFormatRows[] = {
+const StyleField_s ValueFormatRows[] = {
     ENUMROW(FORMATTING, Formatting),
-    INTROW(CUSTOMLABEL, CustomLabelSpec, CustomLabel),
-    INTROW(PRECISION, ValuePrecisionSpec, Precision),
+    INTROW(CUSTOMLABEL, CustomLabelInputSpec, CustomLabel),
+    INTROW(PRECISION, ValuePrecisionInputSpec, Precision),
     BOOLROW(SHOWDECIMALSONWHOLENUMBERS, ShowDecimalsOnWholeNumbers),
     BOOLROW(REMOVELEADINGZEROS, RemoveLeadingZeros),
     BOOLROW(SHOWNEGATIVESIGN, ShowNegativeSign),
@@ -121,16 +156,16 @@ TABLE(ValueFormat);
 #undef REC
 
 #define REC IndexRange_s
-const FrameStyleRow_s IndexRangeRows[] = {
-    INTROW(MIN, ZeroAndAboveLgIndexSpec, Min),
-    INTROW(MAX, ZeroAndAboveLgIndexSpec, Max),
-    INTROW(SKIP, AboveZeroLgIndexSpec, Skip),
+const StyleField_s IndexRangeRows[] = {
+    INTROW(MIN, ZeroAndAboveLgIndexInputSpec, Min),
+    INTROW(MAX, ZeroAndAboveLgIndexInputSpec, Max),
+    INTROW(SKIP, AboveZeroLgIndexInputSpec, Skip),
 };
 TABLE(IndexRange);
 #undef REC
 
 #define REC AsciiShape_s
-const FrameStyleRow_s AsciiShapeRows[] = {
+const StyleField_s AsciiShapeRows[] = {
     BOOLROW(USEBASEFONT, UseBaseFont),
     ENUMROW(FONTOVERRIDE, FontOverride),
     STRROW(ASCIICHAR, AsciiChar),
@@ -139,7 +174,7 @@ TABLE(AsciiShape);
 #undef REC
 
 #define REC SymbolShape_s
-const FrameStyleRow_s SymbolShapeRows[] = {
+const StyleField_s SymbolShapeRows[] = {
     BOOLROW(ISASCII, IsAscii),
     ENUMROW(GEOMSHAPE, GeomShape),
     SUBROW(ASCIISHAPE, AsciiShape, AsciiShapeTable),
@@ -148,9 +183,9 @@ TABLE(SymbolShape);
 #undef REC
 
 #define REC Effects_s
-const FrameStyleRow_s EffectsRows[] = {
+const StyleField_s EffectsRows[] = {
     ENUMROW(LIGHTINGEFFECT, LightingEffect),
-    INTROW(SURFACETRANSLUCENCY, TranslucencySpec, SurfaceTranslucency),
+    INTROW(SURFACETRANSLUCENCY, TranslucencyInputSpec, SurfaceTranslucency),
     BOOLROW(USETRANSLUCENCY, UseTranslucency),
     BOOLROW(USEVALUEBLANKING, UseValueBlanking),
 };
@@ -158,48 +193,48 @@ TABLE(Effects);
 #undef REC
 
 #define REC MeshLayer_s
-const FrameStyleRow_s MeshLayerRows[] = {
+const StyleField_s MeshLayerRows[] = {
     BOOLROW(SHOW, Show),
     ENUMROW(MESHTYPE, MeshType),
     ENUMROW(COLOR, Color),
     ENUMROW(LINEPATTERN, LinePattern),
-    DBLROW(PATTERNLENGTH, FrameSizeSpec, PatternLength),
-    DBLROW(LINETHICKNESS, LineThicknessSpec, LineThickness),
+    DBLROW(PATTERNLENGTH, FrameLengthInputSpec, PatternLength),
+    DBLROW(LINETHICKNESS, FrameLineThicknessInputSpec, LineThickness),
 };
 TABLE(MeshLayer);
 #undef REC
 
 #define REC ContourLayer_s
-const FrameStyleRow_s ContourLayerRows[] = {
+const StyleField_s ContourLayerRows[] = {
     BOOLROW(SHOW, Show),
     ENUMROW(CONTOURTYPE, ContourType),
-    INTROW(LINECONTOURGROUP, ContourGroupSpec, LineContourGroup),
+    INTROW(LINECONTOURGROUP, ContourGroupInputSpec, LineContourGroup),
     ENUMROW(FLOODCOLORING, FloodColoring),
     ENUMROW(COLOR, Color),
     ENUMROW(LINEPATTERN, LinePattern),
-    DBLROW(PATTERNLENGTH, FrameSizeSpec, PatternLength),
-    DBLROW(LINETHICKNESS, LineThicknessSpec, LineThickness),
+    DBLROW(PATTERNLENGTH, FrameLengthInputSpec, PatternLength),
+    DBLROW(LINETHICKNESS, FrameLineThicknessInputSpec, LineThickness),
     BOOLROW(USELIGHTINGEFFECT, UseLightingEffect),
 };
 TABLE(ContourLayer);
 #undef REC
 
 #define REC VectorLayer_s
-const FrameStyleRow_s VectorLayerRows[] = {
+const StyleField_s VectorLayerRows[] = {
     BOOLROW(SHOW, Show),
     ENUMROW(VECTORTYPE, VectorType),
     ENUMROW(ARROWHEADSTYLE, ArrowheadStyle),
     ENUMROW(COLOR, Color),
     BOOLROW(ISTANGENT, IsTangent),
     ENUMROW(LINEPATTERN, LinePattern),
-    DBLROW(PATTERNLENGTH, FrameSizeSpec, PatternLength),
-    DBLROW(LINETHICKNESS, LineThicknessSpec, LineThickness),
+    DBLROW(PATTERNLENGTH, FrameLengthInputSpec, PatternLength),
+    DBLROW(LINETHICKNESS, FrameLineThicknessInputSpec, LineThickness),
 };
 TABLE(VectorLayer);
 #undef REC
 
 #define REC ShadeLayer_s
-const FrameStyleRow_s ShadeLayerRows[] = {
+const StyleField_s ShadeLayerRows[] = {
     BOOLROW(SHOW, Show),
     ENUMROW(COLOR, Color),
     BOOLROW(USELIGHTINGEFFECT, UseLightingEffect),
@@ -208,23 +243,23 @@ TABLE(ShadeLayer);
 #undef REC
 
 #define REC EdgeLayer_s
-const FrameStyleRow_s EdgeLayerRows[] = {
+const StyleField_s EdgeLayerRows[] = {
     BOOLROW(SHOW, Show),
     ENUMROW(EDGETYPE, EdgeType),
     ENUMROW(IBORDER, IBorder),
     ENUMROW(JBORDER, JBorder),
     ENUMROW(KBORDER, KBorder),
     ENUMROW(COLOR, Color),
-    DBLROW(LINETHICKNESS, LineThicknessSpec, LineThickness),
+    DBLROW(LINETHICKNESS, FrameLineThicknessInputSpec, LineThickness),
 };
 TABLE(EdgeLayer);
 #undef REC
 
 #define REC GridArea_s
-const FrameStyleRow_s GridAreaRows[] = {
+const StyleField_s GridAreaRows[] = {
     BOOLROW(DRAWBORDER, DrawBorder),
     ENUMROW(COLOR, Color),
-    DBLROW(LINETHICKNESS, LineThicknessSpec, LineThickness),
+    DBLROW(LINETHICKNESS, FrameLineThicknessInputSpec, LineThickness),
     BOOLROW(ISFILLED, IsFilled),
     ENUMROW(FILLCOLOR, FillColor),
     BOOLROW(USELIGHTSOURCETOFILL, UseLightSourceToFill),
@@ -235,49 +270,49 @@ TABLE(GridArea);
 
 // A position in the frame (XYPOS of legends, reference objects, the 3D frame axis).
 #define REC XY_s
-const FrameStyleRow_s FramePositionRows[] = {
-    DBLROW(X, XFrameCoordSpec, X),
-    DBLROW(Y, YFrameCoordSpec, Y),
+const StyleField_s FramePositionRows[] = {
+    DBLROW(X, XFramePositionInputSpec, X),
+    DBLROW(Y, YFramePositionInputSpec, Y),
 };
 TABLE(FramePosition);
 #undef REC
 
 // A point or direction in grid units.
 #define REC XYZ_s
-const FrameStyleRow_s GridXYZRows[] = {
-    DBLROW(X, DoubleSpec, X),
-    DBLROW(Y, DoubleSpec, Y),
-    DBLROW(Z, DoubleSpec, Z),
+const StyleField_s GridXYZRows[] = {
+    DBLROW(X, DoubleInputSpec, X),
+    DBLROW(Y, DoubleInputSpec, Y),
+    DBLROW(Z, DoubleInputSpec, Z),
 };
 TABLE(GridXYZ);
-const FrameStyleRow_s ScaleXYZRows[] = {
-    DBLROW(X, AboveZeroDoubleSpec, X),
-    DBLROW(Y, AboveZeroDoubleSpec, Y),
-    DBLROW(Z, AboveZeroDoubleSpec, Z),
+const StyleField_s ScaleXYZRows[] = {
+    DBLROW(X, AboveZeroDoubleInputSpec, X),
+    DBLROW(Y, AboveZeroDoubleInputSpec, Y),
+    DBLROW(Z, AboveZeroDoubleInputSpec, Z),
 };
 TABLE(ScaleXYZ);
 #undef REC
 
 // A viewport in frame fractions, and the polar view's extents in grid units.
 #define REC Rect_s
-const FrameStyleRow_s ViewportRectRows[] = {
-    DBLROW(X1, XFrameCoordSpec, X1),
-    DBLROW(Y1, YFrameCoordSpec, Y1),
-    DBLROW(X2, XFrameCoordSpec, X2),
-    DBLROW(Y2, YFrameCoordSpec, Y2),
+const StyleField_s ViewportRectRows[] = {
+    DBLROW(X1, XFramePositionInputSpec, X1),
+    DBLROW(Y1, YFramePositionInputSpec, Y1),
+    DBLROW(X2, XFramePositionInputSpec, X2),
+    DBLROW(Y2, YFramePositionInputSpec, Y2),
 };
 TABLE(ViewportRect);
-const FrameStyleRow_s GridRectRows[] = {
-    DBLROW(X1, DoubleSpec, X1),
-    DBLROW(Y1, DoubleSpec, Y1),
-    DBLROW(X2, DoubleSpec, X2),
-    DBLROW(Y2, DoubleSpec, Y2),
+const StyleField_s GridRectRows[] = {
+    DBLROW(X1, DoubleInputSpec, X1),
+    DBLROW(Y1, DoubleInputSpec, Y1),
+    DBLROW(X2, DoubleInputSpec, X2),
+    DBLROW(Y2, DoubleInputSpec, Y2),
 };
 TABLE(GridRect);
 // The frame's own position: X and Y move the rectangle.
-const FrameStyleRow_s FrameRectPositionRows[] = {
-    {MacroSetValue_X, FrameStyleRowKind_RectX, &PaperCoordSpec, self, nullptr, 0, nullptr},
-    {MacroSetValue_Y, FrameStyleRowKind_RectY, &PaperCoordSpec, self, nullptr, 0, nullptr},
+const StyleField_s FrameRectPositionRows[] = {
+    COMPUTEDROW(X, PaperPositionInputSpec, ReadFrameLeft, MoveFrameLeft),
+    COMPUTEDROW(Y, PaperPositionInputSpec, ReadFrameTop, MoveFrameTop),
 };
 TABLE(FrameRectPosition);
 #undef REC
@@ -285,31 +320,31 @@ TABLE(FrameRectPosition);
 // -- frame-wide blocks --
 
 #define REC FrameLayout_s
-const FrameStyleRow_s FrameLayoutRows[] = {
+const StyleField_s FrameLayoutRows[] = {
     BOOLROW(SHOWBORDER, ShowBorder),
     BOOLROW(SHOWHEADER, ShowHeader),
     BOOLROW(ISTRANSPARENT, IsTransparent),
     ENUMROW(BACKGROUNDCOLOR, BackgroundColor),
     ENUMROW(HEADERCOLOR, HeaderColor),
     ENUMROW(HEADERFONT, HeaderFont),
-    DBLROW(BORDERTHICKNESS, LineThicknessSpec, BorderThickness),
+    DBLROW(BORDERTHICKNESS, FrameLineThicknessInputSpec, BorderThickness),
     SUBROW(XYPOS, Rect, FrameRectPositionTable),
-    RECTROW(WIDTH, FrameStyleRowKind_RectWidth, PaperSizeSpec, Rect),
-    RECTROW(HEIGHT, FrameStyleRowKind_RectHeight, PaperSizeSpec, Rect),
+    COMPUTEDMEMBERROW(WIDTH, PaperSizeInputSpec, Rect, ReadFrameWidth, StoreFrameWidth),
+    COMPUTEDMEMBERROW(HEIGHT, PaperSizeInputSpec, Rect, ReadFrameHeight, StoreFrameHeight),
 };
 TABLE(FrameLayout);
 #undef REC
 
 #define REC Linking_s
-const FrameStyleRow_s WithinFrameRows[] = {
+const StyleField_s WithinFrameRows[] = {
     BOOLROW(LINKAXISSTYLE, LinkAxisStyle),
     BOOLROW(LINKGRIDLINESTYLE, LinkGridlineStyle),
     BOOLROW(LINKLAYERLINECOLOR, LinkLayerLineColor),
     BOOLROW(LINKLAYERLINEPATTERN, LinkLayerLinePattern),
 };
 TABLE(WithinFrame);
-const FrameStyleRow_s BetweenFramesRows[] = {
-    INTROW(LINKGROUP, MaxLinkGroupsSpec, LinkGroup),
+const StyleField_s BetweenFramesRows[] = {
+    INTROW(LINKGROUP, LinkGroupInputSpec, LinkGroup),
     BOOLROW(LINKCONTOURLEVELS, LinkContourLevels),
     BOOLROW(LINKFRAMESIZEANDPOSITION, LinkFrameSizeAndPosition),
     BOOLROW(LINKXAXISRANGE, LinkXAxisRange),
@@ -323,29 +358,29 @@ const FrameStyleRow_s BetweenFramesRows[] = {
 };
 TABLE(BetweenFrames);
 // Both blocks address the one record: the flags are grouped only in the language.
-const FrameStyleRow_s LinkingRows[] = {
-    {MacroSetValue_WITHINFRAME, FrameStyleRowKind_Sub, nullptr, self, &WithinFrameTable, 0, nullptr},
-    {MacroSetValue_BETWEENFRAMES, FrameStyleRowKind_Sub, nullptr, self, &BetweenFramesTable, 0, nullptr},
+const StyleField_s LinkingRows[] = {
+    SELFROW(WITHINFRAME, WithinFrameTable),
+    SELFROW(BETWEENFRAMES, BetweenFramesTable),
 };
 TABLE(Linking);
 #undef REC
 
 #define REC GlobalTime_s
-const FrameStyleRow_s GlobalTimeRows[] = {
-    DBLROW(SOLUTIONTIME, DoubleSpec, SolutionTime),
+const StyleField_s GlobalTimeRows[] = {
+    DBLROW(SOLUTIONTIME, DoubleInputSpec, SolutionTime),
 };
 TABLE(GlobalTime);
 #undef REC
 
 #define REC GlobalEdge_s
-const FrameStyleRow_s GlobalEdgeRows[] = {
-    DBLROW(MINCREASEANGLE, CreaseAngleSpec, MinCreaseAngle),
+const StyleField_s GlobalEdgeRows[] = {
+    DBLROW(MINCREASEANGLE, CreaseAngleInputSpec, MinCreaseAngle),
 };
 TABLE(GlobalEdge);
 #undef REC
 
 #define REC RGBLegend_s
-const FrameStyleRow_s RGBLegendRows[] = {
+const StyleField_s RGBLegendRows[] = {
     BOOLROW(SHOW, Show),
     BOOLROW(SHOWLABELS, ShowLabels),
     SPLICEROW(TextShape, TextShapeTable),
@@ -365,41 +400,41 @@ TABLE(RGBLegend);
 #undef REC
 
 #define REC GlobalRGB_s
-const FrameStyleRow_s GlobalRGBRows[] = {
+const StyleField_s GlobalRGBRows[] = {
     ENUMROW(RGBMODE, RGBMode),
-    INTROW(REDCHANNELVAR, VarOrNoneSpec, RedChannelVar),
-    INTROW(GREENCHANNELVAR, VarOrNoneSpec, GreenChannelVar),
-    INTROW(BLUECHANNELVAR, VarOrNoneSpec, BlueChannelVar),
-    DBLROW(RANGEMIN, DoubleSpec, RangeMin),
-    DBLROW(RANGEMAX, DoubleSpec, RangeMax),
+    INTROW(REDCHANNELVAR, VarOrNoneInputSpec, RedChannelVar),
+    INTROW(GREENCHANNELVAR, VarOrNoneInputSpec, GreenChannelVar),
+    INTROW(BLUECHANNELVAR, VarOrNoneInputSpec, BlueChannelVar),
+    DBLROW(RANGEMIN, DoubleInputSpec, RangeMin),
+    DBLROW(RANGEMAX, DoubleInputSpec, RangeMax),
     SUBROW(LEGEND, Legend, RGBLegendTable),
 };
 TABLE(GlobalRGB);
 #undef REC
 
 #define REC ContourLabels_s
-const FrameStyleRow_s ContourLabelsRows[] = {
+const StyleField_s ContourLabelsRows[] = {
     BOOLROW(SHOW, Show),
     BOOLROW(GENERATEAUTOLABELS, GenerateAutoLabels),
     BOOLROW(ALIGNAUTOLABELS, AlignAutoLabels),
     BOOLROW(LABELWITHVALUE, LabelWithValue),
-    INTROW(AUTOLEVELSKIP, AboveZeroSmIntegerSpec, AutoLevelSkip),
-    DBLROW(AUTOLABELSPACING, FrameSizeSpec, AutoLabelSpacing),
+    INTROW(AUTOLEVELSKIP, AboveZeroSmIntegerInputSpec, AutoLevelSkip),
+    DBLROW(AUTOLABELSPACING, FrameLengthInputSpec, AutoLabelSpacing),
     SUBROW(TEXTSHAPE, TextShape, TextShapeTable),
     ENUMROW(COLOR, Color),
     BOOLROW(ISFILLED, IsFilled),
     ENUMROW(FILLCOLOR, FillColor),
-    DBLROW(MARGIN, MarginSpec, Margin),
+    DBLROW(MARGIN, MarginInputSpec, Margin),
     SUBROW(NUMFORMAT, NumFormat, ValueFormatTable),
 };
 TABLE(ContourLabels);
 #undef REC
 
 #define REC ContourLegend_s
-const FrameStyleRow_s ContourLegendRows[] = {
+const StyleField_s ContourLegendRows[] = {
     BOOLROW(SHOW, Show),
     BOOLROW(SHOWHEADER, ShowHeader),
-    DBLROW(ROWSPACING, ZeroAndAboveDoubleSpec, RowSpacing),
+    DBLROW(ROWSPACING, ZeroAndAboveDoubleInputSpec, RowSpacing),
     SUBROW(XYPOS, XYPos, FramePositionTable),
     ENUMROW(ANCHORALIGNMENT, AnchorAlignment),
     BOOLROW(ISVERTICAL, IsVertical),
@@ -410,17 +445,17 @@ const FrameStyleRow_s ContourLegendRows[] = {
     SUBROW(BOX, Box, TextBoxTable),
     BOOLROW(INCLUDECUTOFFLEVELS, IncludeCutoffLevels),
     BOOLROW(AUTORESIZE, AutoResize),
-    DBLROW(AUTOSIZEMAXLIMIT, FrameSizeSpec, AutoSizeMaxLimit),
+    DBLROW(AUTOSIZEMAXLIMIT, FrameLengthInputSpec, AutoSizeMaxLimit),
     ENUMROW(LABELLOCATION, LabelLocation),
-    DBLROW(LABELINCREMENT, AboveZeroDoubleSpec, LabelIncrement),
+    DBLROW(LABELINCREMENT, AboveZeroDoubleInputSpec, LabelIncrement),
 };
 TABLE(ContourLegend);
 #undef REC
 
 #define REC ColorCutoff_s
-const FrameStyleRow_s ColorCutoffRows[] = {
-    DBLROW(RANGEMIN, DoubleSpec, RangeMin),
-    DBLROW(RANGEMAX, DoubleSpec, RangeMax),
+const StyleField_s ColorCutoffRows[] = {
+    DBLROW(RANGEMIN, DoubleInputSpec, RangeMin),
+    DBLROW(RANGEMAX, DoubleInputSpec, RangeMax),
     BOOLROW(INCLUDEMIN, IncludeMin),
     BOOLROW(INCLUDEMAX, IncludeMax),
 };
@@ -428,7 +463,7 @@ TABLE(ColorCutoff);
 #undef REC
 
 #define REC Zebra_s
-const FrameStyleRow_s ZebraRows[] = {
+const StyleField_s ZebraRows[] = {
     BOOLROW(INCLUDE, Include),
     BOOLROW(ISTRANSPARENT, IsTransparent),
     ENUMROW(COLOR, Color),
@@ -437,27 +472,27 @@ TABLE(Zebra);
 #undef REC
 
 #define REC ColorMapOverride_s
-const FrameStyleRow_s ColorMapOverrideRows[] = {
+const StyleField_s ColorMapOverrideRows[] = {
     BOOLROW(INCLUDE, Include),
     ENUMROW(COLOR, Color),
-    INTROW(STARTLEVEL, ContourLevelSpec, StartLevel),
-    INTROW(ENDLEVEL, ContourLevelSpec, EndLevel),
+    INTROW(STARTLEVEL, ContourLevelInputSpec, StartLevel),
+    INTROW(ENDLEVEL, ContourLevelInputSpec, EndLevel),
 };
 TABLE(ColorMapOverride);
 #undef REC
 
 #define REC ColorMapFilter_s
-const FrameStyleRow_s ContinuousColorRows[] = {
-    DBLROW(CMIN, DoubleSpec, CMin),
-    DBLROW(CMAX, DoubleSpec, CMax),
+const StyleField_s ContinuousColorRows[] = {
+    DBLROW(CMIN, DoubleInputSpec, CMin),
+    DBLROW(CMAX, DoubleInputSpec, CMax),
 };
 TABLE(ContinuousColor);
-const FrameStyleRow_s ColorMapFilterRows[] = {
+const StyleField_s ColorMapFilterRows[] = {
     ENUMROW(COLORMAPDISTRIBUTION, ColorMapDistribution),
-    {MacroSetValue_CONTINUOUSCOLOR, FrameStyleRowKind_Sub, nullptr, self, &ContinuousColorTable, 0, nullptr},
+    SELFROW(CONTINUOUSCOLOR, ContinuousColorTable),
     BOOLROW(REVERSECOLORMAP, ReverseColorMap),
     SUBROW(ZEBRA, Zebra, ZebraTable),
-    INTROW(COLORMAPCYCLES, AboveZeroSmIntegerSpec, ColorMapCycles),
+    INTROW(COLORMAPCYCLES, AboveZeroSmIntegerInputSpec, ColorMapCycles),
     BOOLROW(USEFASTAPPROXCONTINUOUSFLOOD, UseFastApproxContinuousFlood),
     BOOLROW(COLORMAPOVERRIDEACTIVE, ColorMapOverrideActive),
     NUMSUBROW(COLORMAPOVERRIDE, ColorMapOverride, ColorMapOverrideTable, MaxColorMapOverrides,
@@ -467,18 +502,18 @@ TABLE(ColorMapFilter);
 #undef REC
 
 #define REC ContourLineStyle_s
-const FrameStyleRow_s ContourLineStyleRows[] = {
+const StyleField_s ContourLineStyleRows[] = {
     ENUMROW(CONTOURLINEMODE, ContourLineMode),
-    INTROW(LINESKIP, ZeroAndAboveSmIntegerSpec, LineSkip),
-    DBLROW(PATTERNLENGTH, FrameSizeSpec, PatternLength),
+    INTROW(LINESKIP, ZeroAndAboveSmIntegerInputSpec, LineSkip),
+    DBLROW(PATTERNLENGTH, FrameLengthInputSpec, PatternLength),
 };
 TABLE(ContourLineStyle);
 #undef REC
 
 #define REC GlobalContour_s
-const FrameStyleRow_s GlobalContourRows[] = {
-    INTROW(VAR, VarOrNoneSpec, Var),
-    INTROW(DEFNUMLEVELS, AboveZeroSmIntegerSpec, DefNumLevels),
+const StyleField_s GlobalContourRows[] = {
+    INTROW(VAR, VarOrNoneInputSpec, Var),
+    INTROW(DEFNUMLEVELS, AboveZeroSmIntegerInputSpec, DefNumLevels),
     SUBROW(LABELS, Labels, ContourLabelsTable),
     SUBROW(LEGEND, Legend, ContourLegendTable),
     SUBROW(COLORCUTOFF, ColorCutoff, ColorCutoffTable),
@@ -489,55 +524,55 @@ TABLE(GlobalContour);
 #undef REC
 
 #define REC MagnitudeLabel_s
-const FrameStyleRow_s MagnitudeLabelRows[] = {
+const StyleField_s MagnitudeLabelRows[] = {
     BOOLROW(SHOW, Show),
     ENUMROW(TEXTCOLOR, TextColor),
     SUBROW(TEXTSHAPE, TextShape, TextShapeTable),
     SUBROW(NUMFORMAT, NumFormat, ValueFormatTable),
-    DBLROW(OFFSET, FrameOffsetSpec, Offset),
+    DBLROW(OFFSET, FrameOffsetInputSpec, Offset),
 };
 TABLE(MagnitudeLabel);
 #undef REC
 
 #define REC RefVector_s
-const FrameStyleRow_s RefVectorRows[] = {
+const StyleField_s RefVectorRows[] = {
     BOOLROW(SHOW, Show),
     ENUMROW(COLOR, Color),
     SUBROW(XYPOS, XYPos, FramePositionTable),
-    DBLROW(MAGNITUDE, AboveZeroDoubleSpec, Magnitude),
-    DBLROW(ANGLE, AngleSpec, Angle),
-    DBLROW(LINETHICKNESS, LineThicknessSpec, LineThickness),
+    DBLROW(MAGNITUDE, AboveZeroDoubleInputSpec, Magnitude),
+    DBLROW(ANGLE, AngleInputSpec, Angle),
+    DBLROW(LINETHICKNESS, FrameLineThicknessInputSpec, LineThickness),
     SUBROW(MAGNITUDELABEL, MagnitudeLabel, MagnitudeLabelTable),
 };
 TABLE(RefVector);
 #undef REC
 
 #define REC GlobalVector_s
-const FrameStyleRow_s GlobalVectorRows[] = {
-    INTROW(UVAR, VarOrNoneSpec, UVar),
-    INTROW(VVAR, VarOrNoneSpec, VVar),
-    INTROW(WVAR, VarOrNoneSpec, WVar),
-    DBLROW(RELATIVELENGTH, ZeroAndAboveDoubleSpec, RelativeLength),
-    DBLROW(UNIFORMLENGTH, FrameSizeSpec, UniformLength),
+const StyleField_s GlobalVectorRows[] = {
+    INTROW(UVAR, VarOrNoneInputSpec, UVar),
+    INTROW(VVAR, VarOrNoneInputSpec, VVar),
+    INTROW(WVAR, VarOrNoneInputSpec, WVar),
+    DBLROW(RELATIVELENGTH, ZeroAndAboveDoubleInputSpec, RelativeLength),
+    DBLROW(UNIFORMLENGTH, FrameLengthInputSpec, UniformLength),
     BOOLROW(USERELATIVE, UseRelative),
     BOOLROW(RELATIVELENGTHINGRIDUNITS, RelativeLengthInGridUnits),
-    DBLROW(HEADSIZEASFRACTION, PercentageSpec, HeadSizeAsFraction),
-    DBLROW(HEADSIZEINFRAMEUNITS, FrameSizeSpec, HeadSizeInFrameUnits),
+    DBLROW(HEADSIZEASFRACTION, PercentageInputSpec, HeadSizeAsFraction),
+    DBLROW(HEADSIZEINFRAMEUNITS, FrameLengthInputSpec, HeadSizeInFrameUnits),
     BOOLROW(SIZEHEADBYFRACTION, SizeHeadByFraction),
-    DBLROW(ARROWHEADANGLE, AngleSpec, ArrowheadAngle),
+    DBLROW(ARROWHEADANGLE, AngleInputSpec, ArrowheadAngle),
     SUBROW(REFVECTOR, RefVector, RefVectorTable),
 };
 TABLE(GlobalVector);
 #undef REC
 
 #define REC MapLegend_s
-const FrameStyleRow_s MapLegendRows[] = {
+const StyleField_s MapLegendRows[] = {
     BOOLROW(SHOW, Show),
     BOOLROW(SHOWTEXT, ShowText),
     SUBROW(TEXTSHAPE, TextShape, TextShapeTable),
     ENUMROW(TEXTCOLOR, TextColor),
     SUBROW(BOX, Box, TextBoxTable),
-    DBLROW(ROWSPACING, ZeroAndAboveDoubleSpec, RowSpacing),
+    DBLROW(ROWSPACING, ZeroAndAboveDoubleInputSpec, RowSpacing),
     SUBROW(XYPOS, XYPos, FramePositionTable),
     ENUMROW(ANCHORALIGNMENT, AnchorAlignment),
 };
@@ -545,7 +580,7 @@ TABLE(MapLegend);
 #undef REC
 
 #define REC DataLabels_s
-const FrameStyleRow_s DataLabelsRows[] = {
+const StyleField_s DataLabelsRows[] = {
     BOOLROW(SHOWNODELABELS, ShowNodeLabels),
     BOOLROW(SHOWCELLLABELS, ShowCellLabels),
     BOOLROW(COLORBYZONEMAP, ColorByZoneMap),
@@ -554,34 +589,34 @@ const FrameStyleRow_s DataLabelsRows[] = {
     SUBROW(NUMFORMAT, NumFormat, ValueFormatTable),
     BOOLROW(INCLUDEBOX, IncludeBox),
     ENUMROW(NODELABELTYPE, NodeLabelType),
-    INTROW(NODELABELVAR, VarOrNoneSpec, NodeLabelVar),
+    INTROW(NODELABELVAR, VarOrNoneInputSpec, NodeLabelVar),
     ENUMROW(CELLLABELTYPE, CellLabelType),
-    INTROW(CELLLABELVAR, VarOrNoneSpec, CellLabelVar),
+    INTROW(CELLLABELVAR, VarOrNoneInputSpec, CellLabelVar),
     ENUMROW(SKIPMODE, SkipMode),
-    DBLROW(DISTANCESKIP, FrameSizeSpec, DistanceSkip),
-    INTROW(INDEXSKIP, AboveZeroLgIndexSpec, IndexSkip),
+    DBLROW(DISTANCESKIP, FrameLengthInputSpec, DistanceSkip),
+    INTROW(INDEXSKIP, AboveZeroLgIndexInputSpec, IndexSkip),
 };
 TABLE(DataLabels);
 #undef REC
 
 #define REC RefScatSymbol_s
-const FrameStyleRow_s RefScatSymbolRows[] = {
+const StyleField_s RefScatSymbolRows[] = {
     BOOLROW(SHOW, Show),
     ENUMROW(COLOR, Color),
-    DBLROW(LINETHICKNESS, LineThicknessSpec, LineThickness),
+    DBLROW(LINETHICKNESS, FrameLineThicknessInputSpec, LineThickness),
     BOOLROW(ISFILLED, IsFilled),
     ENUMROW(FILLCOLOR, FillColor),
     SUBROW(XYPOS, XYPos, FramePositionTable),
-    DBLROW(MAGNITUDE, AboveZeroDoubleSpec, Magnitude),
+    DBLROW(MAGNITUDE, AboveZeroDoubleInputSpec, Magnitude),
     SUBROW(SYMBOLSHAPE, SymbolShape, SymbolShapeTable),
 };
 TABLE(RefScatSymbol);
 #undef REC
 
 #define REC GlobalScatter_s
-const FrameStyleRow_s GlobalScatterRows[] = {
-    INTROW(VAR, VarOrNoneSpec, Var),
-    DBLROW(RELATIVESIZE, ZeroAndAboveDoubleSpec, RelativeSize),
+const StyleField_s GlobalScatterRows[] = {
+    INTROW(VAR, VarOrNoneInputSpec, Var),
+    DBLROW(RELATIVESIZE, ZeroAndAboveDoubleInputSpec, RelativeSize),
     BOOLROW(RELATIVESIZEINGRIDUNITS, RelativeSizeInGridUnits),
     ENUMROW(BASEFONT, BaseFont),
     ENUMROW(SPHERESCATTERRENDERQUALITY, SphereScatterRenderQuality),
@@ -593,7 +628,7 @@ TABLE(GlobalScatter);
 #undef REC
 
 #define REC GlobalLinePlot_s
-const FrameStyleRow_s GlobalLinePlotRows[] = {
+const StyleField_s GlobalLinePlotRows[] = {
     SUBROW(DATALABELS, DataLabels, DataLabelsTable),
     SUBROW(LEGEND, Legend, MapLegendTable),
 };
@@ -601,47 +636,47 @@ TABLE(GlobalLinePlot);
 #undef REC
 
 #define REC GlobalPolar_s
-const FrameStyleRow_s GlobalPolarRows[] = {
+const StyleField_s GlobalPolarRows[] = {
     BOOLROW(DRAWSTRAIGHTLINES, DrawStraightLines),
-    DBLROW(ANGLE, AngleSpec, Angle),
+    DBLROW(ANGLE, AngleInputSpec, Angle),
 };
 TABLE(GlobalPolar);
 #undef REC
 
 #define REC IJKBlanking_s
-const FrameStyleRow_s IJKBlankingRows[] = {
+const StyleField_s IJKBlankingRows[] = {
     BOOLROW(INCLUDE, Include),
     ENUMROW(IJKBLANKMODE, IJKBlankMode),
-    DBLROW(IMINFRACT, PercentageSpec, IMinFract),
-    DBLROW(JMINFRACT, PercentageSpec, JMinFract),
-    DBLROW(KMINFRACT, PercentageSpec, KMinFract),
-    DBLROW(IMAXFRACT, PercentageSpec, IMaxFract),
-    DBLROW(JMAXFRACT, PercentageSpec, JMaxFract),
-    DBLROW(KMAXFRACT, PercentageSpec, KMaxFract),
-    INTROW(ZONE, EntIndexSpec, Zone),
+    DBLROW(IMINFRACT, PercentageInputSpec, IMinFract),
+    DBLROW(JMINFRACT, PercentageInputSpec, JMinFract),
+    DBLROW(KMINFRACT, PercentageInputSpec, KMinFract),
+    DBLROW(IMAXFRACT, PercentageInputSpec, IMaxFract),
+    DBLROW(JMAXFRACT, PercentageInputSpec, JMaxFract),
+    DBLROW(KMAXFRACT, PercentageInputSpec, KMaxFract),
+    INTROW(ZONE, EntIndexInputSpec, Zone),
 };
 TABLE(IJKBlanking);
 #undef REC
 
 #define REC BlankingConstraint_s
-const FrameStyleRow_s BlankingConstraintRows[] = {
+const StyleField_s BlankingConstraintRows[] = {
     BOOLROW(INCLUDE, Include),
     ENUMROW(RELOP, RelOp),
     ENUMROW(CONSTRAINTOP2MODE, ConstraintOp2Mode),
-    DBLROW(VALUECUTOFF, DoubleSpec, ValueCutoff),
-    INTROW(VARA, VarOrNoneSpec, VarA),
-    INTROW(VARB, VarOrNoneSpec, VarB),
+    DBLROW(VALUECUTOFF, DoubleInputSpec, ValueCutoff),
+    INTROW(VARA, VarOrNoneInputSpec, VarA),
+    INTROW(VARB, VarOrNoneInputSpec, VarB),
     BOOLROW(SHOW, Show),
     ENUMROW(COLOR, Color),
     ENUMROW(LINEPATTERN, LinePattern),
-    DBLROW(PATTERNLENGTH, FrameSizeSpec, PatternLength),
-    DBLROW(LINETHICKNESS, LineThicknessSpec, LineThickness),
+    DBLROW(PATTERNLENGTH, FrameLengthInputSpec, PatternLength),
+    DBLROW(LINETHICKNESS, FrameLineThicknessInputSpec, LineThickness),
 };
 TABLE(BlankingConstraint);
 #undef REC
 
 #define REC ValueBlanking_s
-const FrameStyleRow_s ValueBlankingRows[] = {
+const StyleField_s ValueBlankingRows[] = {
     BOOLROW(INCLUDE, Include),
     BOOLROW(BLANKENTIRECELL, BlankEntireCell),
     ENUMROW(VALUEBLANKCELLMODE, ValueBlankCellMode),
@@ -652,16 +687,16 @@ TABLE(ValueBlanking);
 #undef REC
 
 #define REC DepthBlanking_s
-const FrameStyleRow_s DepthBlankingRows[] = {
+const StyleField_s DepthBlankingRows[] = {
     BOOLROW(INCLUDE, Include),
-    DBLROW(FROMFRONT, PercentageSpec, FromFront),
-    DBLROW(FROMBACK, PercentageSpec, FromBack),
+    DBLROW(FROMFRONT, PercentageInputSpec, FromFront),
+    DBLROW(FROMBACK, PercentageInputSpec, FromBack),
 };
 TABLE(DepthBlanking);
 #undef REC
 
 #define REC Blanking_s
-const FrameStyleRow_s BlankingRows[] = {
+const StyleField_s BlankingRows[] = {
     SUBROW(IJK, IJK, IJKBlankingTable),
     SUBROW(VALUE, Value, ValueBlankingTable),
     SUBROW(DEPTH, Depth, DepthBlankingTable),
@@ -672,7 +707,7 @@ TABLE(Blanking);
 // -- layer show flags --
 
 #define REC FieldLayers_s
-const FrameStyleRow_s FieldLayersRows[] = {
+const StyleField_s FieldLayersRows[] = {
     ENUMROW(TWODDRAWORDER, TwoDDrawOrder),
     BOOLROW(SHOWMESH, ShowMesh),
     BOOLROW(SHOWCONTOUR, ShowContour),
@@ -687,7 +722,7 @@ TABLE(FieldLayers);
 #undef REC
 
 #define REC LinePlotLayers_s
-const FrameStyleRow_s LinePlotLayersRows[] = {
+const StyleField_s LinePlotLayersRows[] = {
     BOOLROW(SHOWLINES, ShowLines),
     BOOLROW(SHOWSYMBOLS, ShowSymbols),
     BOOLROW(SHOWBARCHARTS, ShowBarCharts),
@@ -697,7 +732,7 @@ TABLE(LinePlotLayers);
 #undef REC
 
 #define REC IsoSurfaceLayers_s
-const FrameStyleRow_s IsoSurfaceLayersRows[] = {
+const StyleField_s IsoSurfaceLayersRows[] = {
     BOOLROW(SHOW, Show),
     BOOLROW(SHOWMESH, ShowMesh),
     BOOLROW(SHOWCONTOUR, ShowContour),
@@ -709,7 +744,7 @@ TABLE(IsoSurfaceLayers);
 #undef REC
 
 #define REC SliceLayers_s
-const FrameStyleRow_s SliceLayersRows[] = {
+const StyleField_s SliceLayersRows[] = {
     BOOLROW(SHOW, Show),
     BOOLROW(SHOWMESH, ShowMesh),
     BOOLROW(SHOWCONTOUR, ShowContour),
@@ -723,7 +758,7 @@ TABLE(SliceLayers);
 #undef REC
 
 #define REC StreamtraceLayers_s
-const FrameStyleRow_s StreamtraceLayersRows[] = {
+const StyleField_s StreamtraceLayersRows[] = {
     BOOLROW(SHOW, Show),
     BOOLROW(SHOWPATHS, ShowPaths),
     BOOLROW(SHOWDASHES, ShowDashes),
@@ -741,24 +776,24 @@ TABLE(StreamtraceLayers);
 // -- axes --
 
 #define REC AxisTicks_s
-const FrameStyleRow_s AxisTicksRows[] = {
+const StyleField_s AxisTicksRows[] = {
     BOOLROW(SHOWONAXISLINE, ShowOnAxisLine),
     BOOLROW(SHOWONOPPOSITEEDGE, ShowOnOppositeEdge),
     BOOLROW(SHOWONGRIDBORDERMIN, ShowOnGridBorderMin),
     BOOLROW(SHOWONGRIDBORDERMAX, ShowOnGridBorderMax),
     BOOLROW(SHOWONALLAXES, ShowOnAllAxes),
     ENUMROW(TICKDIRECTION, TickDirection),
-    DBLROW(LENGTH, FrameSizeSpec, Length),
-    DBLROW(LINETHICKNESS, LineThicknessSpec, LineThickness),
-    INTROW(NUMMINORTICKS, NumMinorTicksSpec, NumMinorTicks),
-    DBLROW(MINORLENGTH, FrameSizeSpec, MinorLength),
-    DBLROW(MINORLINETHICKNESS, LineThicknessSpec, MinorLineThickness),
+    DBLROW(LENGTH, FrameLengthInputSpec, Length),
+    DBLROW(LINETHICKNESS, FrameLineThicknessInputSpec, LineThickness),
+    INTROW(NUMMINORTICKS, NumMinorTicksInputSpec, NumMinorTicks),
+    DBLROW(MINORLENGTH, FrameLengthInputSpec, MinorLength),
+    DBLROW(MINORLINETHICKNESS, FrameLineThicknessInputSpec, MinorLineThickness),
 };
 TABLE(AxisTicks);
 #undef REC
 
 #define REC AxisTickLabel_s
-const FrameStyleRow_s AxisTickLabelRows[] = {
+const StyleField_s AxisTickLabelRows[] = {
     BOOLROW(SHOWONAXISLINE, ShowOnAxisLine),
     BOOLROW(SHOWONOPPOSITEEDGE, ShowOnOppositeEdge),
     BOOLROW(SHOWONGRIDBORDERMIN, ShowOnGridBorderMin),
@@ -766,31 +801,31 @@ const FrameStyleRow_s AxisTickLabelRows[] = {
     BOOLROW(SHOWONALLAXES, ShowOnAllAxes),
     BOOLROW(SHOWATAXISINTERSECTION, ShowAtAxisIntersection),
     BOOLROW(ERASEBEHINDLABELS, EraseBehindLabels),
-    INTROW(SKIP, AboveZeroSmIntegerSpec, Skip),
+    INTROW(SKIP, AboveZeroSmIntegerInputSpec, Skip),
     ENUMROW(COLOR, Color),
     SUBROW(TEXTSHAPE, TextShape, TextShapeTable),
     SUBROW(NUMFORMAT, NumFormat, ValueFormatTable),
-    DBLROW(OFFSET, FrameOffsetSpec, Offset),
+    DBLROW(OFFSET, FrameOffsetInputSpec, Offset),
     ENUMROW(LABELALIGNMENT, LabelAlignment),
-    DBLROW(ANGLE, TextAngleSpec, Angle),
+    DBLROW(ANGLE, TextAngleInputSpec, Angle),
 };
 TABLE(AxisTickLabel);
 #undef REC
 
 #define REC AxisGridlines_s
-const FrameStyleRow_s AxisGridlinesRows[] = {
+const StyleField_s AxisGridlinesRows[] = {
     BOOLROW(SHOW, Show),
     ENUMROW(COLOR, Color),
     ENUMROW(LINEPATTERN, LinePattern),
-    DBLROW(PATTERNLENGTH, FrameSizeSpec, PatternLength),
-    DBLROW(LINETHICKNESS, LineThicknessSpec, LineThickness),
-    DBLROW(CUTOFF, PercentageSpec, Cutoff),
+    DBLROW(PATTERNLENGTH, FrameLengthInputSpec, PatternLength),
+    DBLROW(LINETHICKNESS, FrameLineThicknessInputSpec, LineThickness),
+    DBLROW(CUTOFF, PercentageInputSpec, Cutoff),
 };
 TABLE(AxisGridlines);
 #undef REC
 
 #define REC AxisTitle_s
-const FrameStyleRow_s AxisTitleRows[] = {
+const StyleField_s AxisTitleRows[] = {
     BOOLROW(SHOWONAXISLINE, ShowOnAxisLine),
     BOOLROW(SHOWONOPPOSITEEDGE, ShowOnOppositeEdge),
     BOOLROW(SHOWONGRIDBORDERMIN, ShowOnGridBorderMin),
@@ -800,43 +835,43 @@ const FrameStyleRow_s AxisTitleRows[] = {
     STRROW(TEXT, Text),
     ENUMROW(COLOR, Color),
     SUBROW(TEXTSHAPE, TextShape, TextShapeTable),
-    DBLROW(OFFSET, FrameOffsetSpec, Offset),
-    DBLROW(PERCENTALONGLINE, PercentageSpec, PercentAlongLine),
+    DBLROW(OFFSET, FrameOffsetInputSpec, Offset),
+    DBLROW(PERCENTALONGLINE, PercentageInputSpec, PercentAlongLine),
 };
 TABLE(AxisTitle);
 #undef REC
 
 #define REC AxisLine_s
-const FrameStyleRow_s AxisLineRows[] = {
+const StyleField_s AxisLineRows[] = {
     BOOLROW(SHOW, Show),
     BOOLROW(SHOWOPPOSITEEDGE, ShowOppositeEdge),
     ENUMROW(COLOR, Color),
-    DBLROW(LINETHICKNESS, LineThicknessSpec, LineThickness),
+    DBLROW(LINETHICKNESS, FrameLineThicknessInputSpec, LineThickness),
     ENUMROW(AXISALIGNMENT, AxisAlignment),
-    DBLROW(OPPOSINGAXISVALUE, DoubleSpec, OpposingAxisValue),
-    DBLROW(POSITION, PercentageSpec, Position),
-    DBLROW(ANGLE, AngleSpec, Angle),
-    DBLROW(OFFSET, FrameOffsetSpec, Offset),
+    DBLROW(OPPOSINGAXISVALUE, DoubleInputSpec, OpposingAxisValue),
+    DBLROW(POSITION, PercentageInputSpec, Position),
+    DBLROW(ANGLE, AngleInputSpec, Angle),
+    DBLROW(OFFSET, FrameOffsetInputSpec, Offset),
     BOOLROW(SHOWBOTHDIRECTIONS, ShowBothDirections),
     BOOLROW(SHOWPERPENDICULAR, ShowPerpendicular),
-    INTROW(EDGE, AxisEdgeSpec, Edge),
+    INTROW(EDGE, AxisEdgeInputSpec, Edge),
 };
 TABLE(AxisLine);
 #undef REC
 
 #define REC AxisDetail_s
-const FrameStyleRow_s AxisDetailRows[] = {
+const StyleField_s AxisDetailRows[] = {
     BOOLROW(SHOWAXIS, ShowAxis),
     ENUMROW(COORDSCALE, CoordScale),
-    DBLROW(RANGEMIN, DoubleSpec, RangeMin),
-    DBLROW(RANGEMAX, DoubleSpec, RangeMax),
+    DBLROW(RANGEMIN, DoubleInputSpec, RangeMin),
+    DBLROW(RANGEMAX, DoubleInputSpec, RangeMax),
     BOOLROW(ISREVERSED, IsReversed),
     BOOLROW(CLIPDATA, ClipData),
-    DBLROW(VALUEATORIGIN, DoubleSpec, ValueAtOrigin),
+    DBLROW(VALUEATORIGIN, DoubleInputSpec, ValueAtOrigin),
     BOOLROW(AUTOGRID, AutoGrid),
-    DBLROW(GRSPACING, AboveZeroDoubleSpec, GrSpacing),
-    DBLROW(GRANCHOR, DoubleSpec, GrAnchor),
-    INTROW(VARNUM, EntIndexSpec, VarNum),
+    DBLROW(GRSPACING, AboveZeroDoubleInputSpec, GrSpacing),
+    DBLROW(GRANCHOR, DoubleInputSpec, GrAnchor),
+    INTROW(VARNUM, EntIndexInputSpec, VarNum),
     SUBROW(TICKS, Ticks, AxisTicksTable),
     SUBROW(TICKLABEL, TickLabel, AxisTickLabelTable),
     SUBROW(GRIDLINES, Gridlines, AxisGridlinesTable),
@@ -848,32 +883,32 @@ TABLE(AxisDetail);
 #undef REC
 
 #define REC PreciseGrid_s
-const FrameStyleRow_s PreciseGridRows[] = {
+const StyleField_s PreciseGridRows[] = {
     BOOLROW(INCLUDE, Include),
-    DBLROW(SIZE, FrameSizeSpec, Size),
+    DBLROW(SIZE, FrameLengthInputSpec, Size),
     ENUMROW(COLOR, Color),
 };
 TABLE(PreciseGrid);
 #undef REC
 
 #define REC AxisGrid_s
-const FrameStyleRow_s AxisGridRows[] = {
+const StyleField_s AxisGridRows[] = {
     BOOLROW(PRESERVEAXISSCALE, PreserveAxisScale),
     BOOLROW(AUTOADJUSTRANGESTONICEVALUES, AutoAdjustRangesToNiceValues),
     ENUMROW(AXISMODE, AxisMode),
-    DBLROW(DEPXTOYRATIO, AboveZeroDoubleSpec, DepXToYRatio),
+    DBLROW(DEPXTOYRATIO, AboveZeroDoubleInputSpec, DepXToYRatio),
     SUBROW(GRIDAREA, GridArea, GridAreaTable),
     SUBROW(VIEWPORTPOSITION, ViewportPosition, ViewportRectTable),
-    DBLROW(VIEWPORTNICEFITBUFFER, PercentageSpec, ViewportNiceFitBuffer),
-    DBLROW(VIEWPORTTOPSNAPTARGET, PercentageSpec, ViewportTopSnapTarget),
-    DBLROW(VIEWPORTTOPSNAPTOLERANCE, PercentageSpec, ViewportTopSnapTolerance),
+    DBLROW(VIEWPORTNICEFITBUFFER, PercentageInputSpec, ViewportNiceFitBuffer),
+    DBLROW(VIEWPORTTOPSNAPTARGET, PercentageInputSpec, ViewportTopSnapTarget),
+    DBLROW(VIEWPORTTOPSNAPTOLERANCE, PercentageInputSpec, ViewportTopSnapTolerance),
     SUBROW(PRECISEGRID, PreciseGrid, PreciseGridTable),
 };
 TABLE(AxisGrid);
 #undef REC
 
 #define REC TwoDAxis_s
-const FrameStyleRow_s TwoDAxisRows[] = {
+const StyleField_s TwoDAxisRows[] = {
     SPLICEROW(Grid, AxisGridTable),
     SUBROW(XDETAIL, XDetail, AxisDetailTable),
     SUBROW(YDETAIL, YDetail, AxisDetailTable),
@@ -882,7 +917,7 @@ TABLE(TwoDAxis);
 #undef REC
 
 #define REC XYLineAxis_s
-const FrameStyleRow_s XYLineAxisRows[] = {
+const StyleField_s XYLineAxisRows[] = {
     SPLICEROW(Grid, AxisGridTable),
     NUMSUBROW(XDETAIL, XDetail, AxisDetailTable, MaxXYLineAxes, "Invalid Axis Number for X- or Y-Axis Detail"),
     NUMSUBROW(YDETAIL, YDetail, AxisDetailTable, MaxXYLineAxes, "Invalid Axis Number for X- or Y-Axis Detail"),
@@ -891,10 +926,10 @@ TABLE(XYLineAxis);
 #undef REC
 
 #define REC FrameAxis_s
-const FrameStyleRow_s FrameAxisRows[] = {
+const StyleField_s FrameAxisRows[] = {
     BOOLROW(SHOW, Show),
-    DBLROW(SIZE, FrameSizeSpec, Size),
-    DBLROW(LINETHICKNESS, LineThicknessSpec, LineThickness),
+    DBLROW(SIZE, FrameLengthInputSpec, Size),
+    DBLROW(LINETHICKNESS, FrameLineThicknessInputSpec, LineThickness),
     ENUMROW(COLOR, Color),
     SUBROW(XYPOS, XYPos, FramePositionTable),
 };
@@ -902,19 +937,19 @@ TABLE(FrameAxis);
 #undef REC
 
 #define REC ThreeDAxis_s
-const FrameStyleRow_s ThreeDAxisRows[] = {
+const StyleField_s ThreeDAxisRows[] = {
     ENUMROW(AXISMODE, AxisMode),
-    DBLROW(XYDEPXTOYRATIO, AboveZeroDoubleSpec, XYDepXToYRatio),
-    DBLROW(DEPXTOYRATIO, AboveZeroDoubleSpec, DepXToYRatio),
-    DBLROW(DEPXTOZRATIO, AboveZeroDoubleSpec, DepXToZRatio),
+    DBLROW(XYDEPXTOYRATIO, AboveZeroDoubleInputSpec, XYDepXToYRatio),
+    DBLROW(DEPXTOYRATIO, AboveZeroDoubleInputSpec, DepXToYRatio),
+    DBLROW(DEPXTOZRATIO, AboveZeroDoubleInputSpec, DepXToZRatio),
     SUBROW(GRIDAREA, GridArea, GridAreaTable),
     BOOLROW(EDGEAUTORESET, EdgeAutoReset),
     BOOLROW(PRESERVEAXISSCALE, PreserveAxisScale),
     SUBROW(FRAMEAXIS, FrameAxis, FrameAxisTable),
-    DBLROW(ASPECTRATIOLIMIT, AboveZeroDoubleSpec, AspectRatioLimit),
-    DBLROW(ASPECTRATIORESET, AboveZeroDoubleSpec, AspectRatioReset),
-    DBLROW(BOXASPECTRATIOLIMIT, AboveZeroDoubleSpec, BoxAspectRatioLimit),
-    DBLROW(BOXASPECTRATIORESET, AboveZeroDoubleSpec, BoxAspectRatioReset),
+    DBLROW(ASPECTRATIOLIMIT, AboveZeroDoubleInputSpec, AspectRatioLimit),
+    DBLROW(ASPECTRATIORESET, AboveZeroDoubleInputSpec, AspectRatioReset),
+    DBLROW(BOXASPECTRATIOLIMIT, AboveZeroDoubleInputSpec, BoxAspectRatioLimit),
+    DBLROW(BOXASPECTRATIORESET, AboveZeroDoubleInputSpec, BoxAspectRatioReset),
     SUBROW(XDETAIL, XDetail, AxisDetailTable),
     SUBROW(YDETAIL, YDetail, AxisDetailTable),
     SUBROW(ZDETAIL, ZDetail, AxisDetailTable),
@@ -923,10 +958,10 @@ TABLE(ThreeDAxis);
 #undef REC
 
 #define REC PolarAxis_s
-const FrameStyleRow_s PolarAxisRows[] = {
+const StyleField_s PolarAxisRows[] = {
     BOOLROW(PRESERVEAXISSCALE, PreserveAxisScale),
     ENUMROW(THETAMODE, ThetaMode),
-    DBLROW(THETAPERIOD, AboveZeroDoubleSpec, ThetaPeriod),
+    DBLROW(THETAPERIOD, AboveZeroDoubleInputSpec, ThetaPeriod),
     SUBROW(GRIDAREA, GridArea, GridAreaTable),
     SUBROW(VIEWPORTPOSITION, ViewportPosition, ViewportRectTable),
     SUBROW(VIEWPORTSTYLE, ViewportStyle, GridAreaTable),
@@ -940,14 +975,14 @@ TABLE(PolarAxis);
 // -- computed objects --
 
 #define REC IsoSurfaceAttributes_s
-const FrameStyleRow_s IsoSurfaceAttributesRows[] = {
+const StyleField_s IsoSurfaceAttributesRows[] = {
     BOOLROW(OBEYSOURCEZONEBLANKING, ObeySourceZoneBlanking),
     BOOLROW(SHOWGROUP, ShowGroup),
-    INTROW(DEFINITIONCONTOURGROUP, ContourGroupSpec, DefinitionContourGroup),
+    INTROW(DEFINITIONCONTOURGROUP, ContourGroupInputSpec, DefinitionContourGroup),
     ENUMROW(ISOSURFACESELECTION, IsoSurfaceSelection),
-    DBLROW(ISOVALUE1, DoubleSpec, IsoValue1),
-    DBLROW(ISOVALUE2, DoubleSpec, IsoValue2),
-    DBLROW(ISOVALUE3, DoubleSpec, IsoValue3),
+    DBLROW(ISOVALUE1, DoubleInputSpec, IsoValue1),
+    DBLROW(ISOVALUE2, DoubleInputSpec, IsoValue2),
+    DBLROW(ISOVALUE3, DoubleInputSpec, IsoValue3),
     ENUMROW(MARCHINGCUBEALGORITHM, MarchingCubeAlgorithm),
     SUBROW(MESH, Mesh, MeshLayerTable),
     SUBROW(CONTOUR, Contour, ContourLayerTable),
@@ -958,19 +993,19 @@ TABLE(IsoSurfaceAttributes);
 #undef REC
 
 #define REC SlicePosition_s
-const FrameStyleRow_s SlicePositionRows[] = {
-    DBLROW(X, DoubleSpec, X),
-    DBLROW(Y, DoubleSpec, Y),
-    DBLROW(Z, DoubleSpec, Z),
-    INTROW(I, OneBasedIndexSpec, I),
-    INTROW(J, OneBasedIndexSpec, J),
-    INTROW(K, OneBasedIndexSpec, K),
+const StyleField_s SlicePositionRows[] = {
+    DBLROW(X, DoubleInputSpec, X),
+    DBLROW(Y, DoubleInputSpec, Y),
+    DBLROW(Z, DoubleInputSpec, Z),
+    INTROW(I, OneBasedIndexInputSpec, I),
+    INTROW(J, OneBasedIndexInputSpec, J),
+    INTROW(K, OneBasedIndexInputSpec, K),
 };
 TABLE(SlicePosition);
 #undef REC
 
 #define REC SliceAttributes_s
-const FrameStyleRow_s SliceAttributesRows[] = {
+const StyleField_s SliceAttributesRows[] = {
     BOOLROW(OBEYSOURCEZONEBLANKING, ObeySourceZoneBlanking),
     BOOLROW(SHOWGROUP, ShowGroup),
     ENUMROW(SLICESURFACE, SliceSurface),
@@ -980,7 +1015,7 @@ const FrameStyleRow_s SliceAttributesRows[] = {
     SUBROW(STARTPOSITION, StartPosition, SlicePositionTable),
     SUBROW(ENDPOSITION, EndPosition, SlicePositionTable),
     BOOLROW(SHOWINTERMEDIATESLICES, ShowIntermediateSlices),
-    INTROW(NUMINTERMEDIATESLICES, AboveZeroSmIntegerSpec, NumIntermediateSlices),
+    INTROW(NUMINTERMEDIATESLICES, AboveZeroSmIntegerInputSpec, NumIntermediateSlices),
     SUBROW(MESH, Mesh, MeshLayerTable),
     SUBROW(CONTOUR, Contour, ContourLayerTable),
     SUBROW(VECTOR, Vector, VectorLayerTable),
@@ -992,36 +1027,36 @@ TABLE(SliceAttributes);
 #undef REC
 
 #define REC StreamTermLine_s
-const FrameStyleRow_s StreamTermLineRows[] = {
+const StyleField_s StreamTermLineRows[] = {
     BOOLROW(SHOW, Show),
     BOOLROW(ISACTIVE, IsActive),
     ENUMROW(COLOR, Color),
     ENUMROW(LINEPATTERN, LinePattern),
-    DBLROW(PATTERNLENGTH, FrameSizeSpec, PatternLength),
-    DBLROW(LINETHICKNESS, LineThicknessSpec, LineThickness),
+    DBLROW(PATTERNLENGTH, FrameLengthInputSpec, PatternLength),
+    DBLROW(LINETHICKNESS, FrameLineThicknessInputSpec, LineThickness),
 };
 TABLE(StreamTermLine);
 #undef REC
 
 #define REC StreamTiming_s
-const FrameStyleRow_s StreamTimingRows[] = {
+const StyleField_s StreamTimingRows[] = {
     BOOLROW(SHOWMARKERS, ShowMarkers),
     BOOLROW(SHOWDASHES, ShowDashes),
     ENUMROW(MARKCOLOR, MarkColor),
-    DBLROW(MARKSIZE, FrameSizeSpec, MarkSize),
-    DBLROW(TIMESTART, DoubleSpec, TimeStart),
-    DBLROW(TIMEEND, DoubleSpec, TimeEnd),
-    DBLROW(TIMEDELTA, DoubleSpec, TimeDelta),
-    DBLROW(TIMEANCHOR, DoubleSpec, TimeAnchor),
+    DBLROW(MARKSIZE, FrameLengthInputSpec, MarkSize),
+    DBLROW(TIMESTART, DoubleInputSpec, TimeStart),
+    DBLROW(TIMEEND, DoubleInputSpec, TimeEnd),
+    DBLROW(TIMEDELTA, DoubleInputSpec, TimeDelta),
+    DBLROW(TIMEANCHOR, DoubleInputSpec, TimeAnchor),
     SUBROW(MARKSYMBOL, MarkSymbol, SymbolShapeTable),
 };
 TABLE(StreamTiming);
 #undef REC
 
 #define REC RodRibbon_s
-const FrameStyleRow_s RodRibbonRows[] = {
-    DBLROW(WIDTH, ZeroAndAboveDoubleSpec, Width),
-    INTROW(NUMRODPOINTS, NumberOfRodPointsSpec, NumRodPoints),
+const StyleField_s RodRibbonRows[] = {
+    DBLROW(WIDTH, ZeroAndAboveDoubleInputSpec, Width),
+    INTROW(NUMRODPOINTS, NumberOfRodPointsInputSpec, NumRodPoints),
     SUBROW(MESH, Mesh, MeshLayerTable),
     SUBROW(CONTOUR, Contour, ContourLayerTable),
     SUBROW(SHADE, Shade, ShadeLayerTable),
@@ -1031,19 +1066,19 @@ TABLE(RodRibbon);
 #undef REC
 
 #define REC StreamAttributes_s
-const FrameStyleRow_s StreamAttributesRows[] = {
+const StyleField_s StreamAttributesRows[] = {
     BOOLROW(OBEYSOURCEZONEBLANKING, ObeySourceZoneBlanking),
     BOOLROW(SHOWPATHS, ShowPaths),
     SUBROW(TERMLINE, TermLine, StreamTermLineTable),
     SUBROW(STREAMTIMING, StreamTiming, StreamTimingTable),
-    INTROW(DASHSKIP, AboveZeroLgIndexSpec, DashSkip),
+    INTROW(DASHSKIP, AboveZeroLgIndexInputSpec, DashSkip),
     SUBROW(RODRIBBON, RodRibbon, RodRibbonTable),
     BOOLROW(ADDARROWS, AddArrows),
-    DBLROW(CELLFRACTION, AboveZeroDoubleSpec, CellFraction),
-    DBLROW(MINCELLFRACTION, AboveZeroDoubleSpec, MinCellFraction),
-    DBLROW(ARROWHEADSIZE, FrameSizeSpec, ArrowheadSize),
-    INTROW(MAXSTEPS, AboveZeroLgIndexSpec, MaxSteps),
-    DBLROW(ARROWHEADSPACING, FrameSizeSpec, ArrowheadSpacing),
+    DBLROW(CELLFRACTION, AboveZeroDoubleInputSpec, CellFraction),
+    DBLROW(MINCELLFRACTION, AboveZeroDoubleInputSpec, MinCellFraction),
+    DBLROW(ARROWHEADSIZE, FrameLengthInputSpec, ArrowheadSize),
+    INTROW(MAXSTEPS, AboveZeroLgIndexInputSpec, MaxSteps),
+    DBLROW(ARROWHEADSPACING, FrameLengthInputSpec, ArrowheadSpacing),
 };
 TABLE(StreamAttributes);
 #undef REC
@@ -1051,20 +1086,20 @@ TABLE(StreamAttributes);
 // -- 3D and polar state --
 
 #define REC LightSource_s
-const FrameStyleRow_s LightSourceRows[] = {
+const StyleField_s LightSourceRows[] = {
     SUBROW(XYZDIRECTION, XYZDirection, GridXYZTable),
-    DBLROW(INTENSITY, PercentNumberSpec, Intensity),
-    DBLROW(BACKGROUNDLIGHT, PercentNumberSpec, BackgroundLight),
-    DBLROW(SURFACECOLORCONTRAST, PercentNumberSpec, SurfaceColorContrast),
+    DBLROW(INTENSITY, PercentNumberInputSpec, Intensity),
+    DBLROW(BACKGROUNDLIGHT, PercentNumberInputSpec, BackgroundLight),
+    DBLROW(SURFACECOLORCONTRAST, PercentNumberInputSpec, SurfaceColorContrast),
     BOOLROW(INCLUDESPECULAR, IncludeSpecular),
-    DBLROW(SPECULARINTENSITY, PercentNumberSpec, SpecularIntensity),
-    DBLROW(SPECULARSHININESS, PercentNumberSpec, SpecularShininess),
+    DBLROW(SPECULARINTENSITY, PercentNumberInputSpec, SpecularIntensity),
+    DBLROW(SPECULARSHININESS, PercentNumberInputSpec, SpecularShininess),
 };
 TABLE(LightSource);
 #undef REC
 
 #define REC SlicePlane_s
-const FrameStyleRow_s SlicePlaneRows[] = {
+const StyleField_s SlicePlaneRows[] = {
     SUBROW(ORIGIN, Origin, GridXYZTable),
     SUBROW(NORMAL, Normal, GridXYZTable),
 };
@@ -1072,37 +1107,37 @@ TABLE(SlicePlane);
 #undef REC
 
 #define REC GlobalThreeD_s
-const FrameStyleRow_s GlobalThreeDRows[] = {
+const StyleField_s GlobalThreeDRows[] = {
     BOOLROW(PERFORMEXTRA3DSORTING, PerformExtra3DSorting),
-    DBLROW(AXISBOXPADDING, ZeroAndAboveDoubleSpec, AxisBoxPadding),
+    DBLROW(AXISBOXPADDING, ZeroAndAboveDoubleInputSpec, AxisBoxPadding),
     SUBROW(AXISSCALEFACT, AxisScaleFact, ScaleXYZTable),
     SUBROW(ROTATEORIGIN, RotateOrigin, GridXYZTable),
     SUBROW(LIGHTSOURCE, LightSource, LightSourceTable),
     BOOLROW(FORCEGOURAUDFOR3DCONTFLOOD, ForceGouraudFor3DContFlood),
     BOOLROW(FORCEPANELEDFOR3DCELLFLOOD, ForcePaneledFor3DCellFlood),
-    DBLROW(LINELIFTFRACTION, PercentageSpec, LineLiftFraction),
-    DBLROW(SYMBOLLIFTFRACTION, PercentageSpec, SymbolLiftFraction),
-    DBLROW(VECTORLIFTFRACTION, PercentageSpec, VectorLiftFraction),
+    DBLROW(LINELIFTFRACTION, PercentageInputSpec, LineLiftFraction),
+    DBLROW(SYMBOLLIFTFRACTION, PercentageInputSpec, SymbolLiftFraction),
+    DBLROW(VECTORLIFTFRACTION, PercentageInputSpec, VectorLiftFraction),
     SUBROW(SLICE, Slice, SlicePlaneTable),
 };
 TABLE(GlobalThreeD);
 #undef REC
 
 #define REC ThreeDView_s
-const FrameStyleRow_s ThreeDViewRows[] = {
+const StyleField_s ThreeDViewRows[] = {
     BOOLROW(DRAWINPERSPECTIVE, DrawInPerspective),
-    DBLROW(PSIANGLE, AngleSpec, PsiAngle),
-    DBLROW(THETAANGLE, AngleSpec, ThetaAngle),
-    DBLROW(ALPHAANGLE, AngleSpec, AlphaAngle),
+    DBLROW(PSIANGLE, AngleInputSpec, PsiAngle),
+    DBLROW(THETAANGLE, AngleInputSpec, ThetaAngle),
+    DBLROW(ALPHAANGLE, AngleInputSpec, AlphaAngle),
     SUBROW(VIEWERPOSITION, ViewerPosition, GridXYZTable),
-    DBLROW(FIELDOFVIEW, FieldOfViewSpec, FieldOfView),
-    DBLROW(VIEWWIDTH, AboveZeroDoubleSpec, ViewWidth),
+    DBLROW(FIELDOFVIEW, FieldOfViewInputSpec, FieldOfView),
+    DBLROW(VIEWWIDTH, AboveZeroDoubleInputSpec, ViewWidth),
 };
 TABLE(ThreeDView);
 #undef REC
 
 #define REC PolarView_s
-const FrameStyleRow_s PolarViewRows[] = {
+const StyleField_s PolarViewRows[] = {
     SUBROW(EXTENTS, Extents, GridRectTable),
 };
 TABLE(PolarView);
@@ -1111,35 +1146,35 @@ TABLE(PolarView);
 // -- map templates --
 
 #define REC FieldScatter_s
-const FrameStyleRow_s FieldScatterRows[] = {
+const StyleField_s FieldScatterRows[] = {
     BOOLROW(SHOW, Show),
     SUBROW(SYMBOLSHAPE, SymbolShape, SymbolShapeTable),
     ENUMROW(COLOR, Color),
     ENUMROW(FILLMODE, FillMode),
     ENUMROW(FILLCOLOR, FillColor),
     BOOLROW(SIZEBYVARIABLE, SizeByVariable),
-    DBLROW(FRAMESIZE, FrameSizeSpec, FrameSize),
-    DBLROW(LINETHICKNESS, LineThicknessSpec, LineThickness),
+    DBLROW(FRAMESIZE, FrameLengthInputSpec, FrameSize),
+    DBLROW(LINETHICKNESS, FrameLineThicknessInputSpec, LineThickness),
 };
 TABLE(FieldScatter);
 #undef REC
 
 #define REC FieldPoints_s
-const FrameStyleRow_s IJKSkipRows[] = {
-    INTROW(I, AboveZeroLgIndexSpec, ISkip),
-    INTROW(J, AboveZeroLgIndexSpec, JSkip),
-    INTROW(K, AboveZeroLgIndexSpec, KSkip),
+const StyleField_s IJKSkipRows[] = {
+    INTROW(I, AboveZeroLgIndexInputSpec, ISkip),
+    INTROW(J, AboveZeroLgIndexInputSpec, JSkip),
+    INTROW(K, AboveZeroLgIndexInputSpec, KSkip),
 };
 TABLE(IJKSkip);
-const FrameStyleRow_s FieldPointsRows[] = {
+const StyleField_s FieldPointsRows[] = {
     ENUMROW(POINTSTOPLOT, PointsToPlot),
-    {MacroSetValue_IJKSKIP, FrameStyleRowKind_Sub, nullptr, self, &IJKSkipTable, 0, nullptr},
+    SELFROW(IJKSKIP, IJKSkipTable),
 };
 TABLE(FieldPoints);
 #undef REC
 
 #define REC FieldSurfaces_s
-const FrameStyleRow_s FieldSurfacesRows[] = {
+const StyleField_s FieldSurfacesRows[] = {
     ENUMROW(SURFACESTOPLOT, SurfacesToPlot),
     SUBROW(IRANGE, IRange, IndexRangeTable),
     SUBROW(JRANGE, JRange, IndexRangeTable),
@@ -1149,20 +1184,20 @@ TABLE(FieldSurfaces);
 #undef REC
 
 #define REC FieldVolumeMode_s
-const FrameStyleRow_s VolumeObjectsToPlotRows[] = {
+const StyleField_s VolumeObjectsToPlotRows[] = {
     BOOLROW(SHOWISOSURFACES, ShowIsoSurfaces),
     BOOLROW(SHOWSLICES, ShowSlices),
     BOOLROW(SHOWSTREAMTRACES, ShowStreamtraces),
 };
 TABLE(VolumeObjectsToPlot);
-const FrameStyleRow_s FieldVolumeModeRows[] = {
-    {MacroSetValue_VOLUMEOBJECTSTOPLOT, FrameStyleRowKind_Sub, nullptr, self, &VolumeObjectsToPlotTable, 0, nullptr},
+const StyleField_s FieldVolumeModeRows[] = {
+    SELFROW(VOLUMEOBJECTSTOPLOT, VolumeObjectsToPlotTable),
 };
 TABLE(FieldVolumeMode);
 #undef REC
 
 #define REC FieldMapStyle_s
-const FrameStyleRow_s FieldMapStyleRows[] = {
+const StyleField_s FieldMapStyleRows[] = {
     SUBROW(MESH, Mesh, MeshLayerTable),
     SUBROW(CONTOUR, Contour, ContourLayerTable),
     SUBROW(VECTOR, Vector, VectorLayerTable),
@@ -1173,52 +1208,52 @@ const FrameStyleRow_s FieldMapStyleRows[] = {
     SUBROW(SURFACES, Surfaces, FieldSurfacesTable),
     SUBROW(VOLUMEMODE, VolumeMode, FieldVolumeModeTable),
     SUBROW(EFFECTS, Effects, EffectsTable),
-    INTROW(GROUP, AboveZeroLgIndexSpec, Group),
+    INTROW(GROUP, AboveZeroLgIndexInputSpec, Group),
 };
 TABLE(FieldMapStyle);
 #undef REC
 
 #define REC LineMapAssign_s
-const FrameStyleRow_s LineMapAssignRows[] = {
-    INTROW(ZONE, EntIndexSpec, Zone),
-    INTROW(XAXISVAR, EntIndexSpec, XAxisVar),
-    INTROW(YAXISVAR, EntIndexSpec, YAxisVar),
-    INTROW(THETAAXISVAR, EntIndexSpec, XAxisVar),
-    INTROW(RAXISVAR, EntIndexSpec, YAxisVar),
-    INTROW(XAXIS, XYAxisNumberSpec, XAxis),
-    INTROW(YAXIS, XYAxisNumberSpec, YAxis),
+const StyleField_s LineMapAssignRows[] = {
+    INTROW(ZONE, EntIndexInputSpec, Zone),
+    INTROW(XAXISVAR, EntIndexInputSpec, XAxisVar),
+    INTROW(YAXISVAR, EntIndexInputSpec, YAxisVar),
+    INTROW(THETAAXISVAR, EntIndexInputSpec, XAxisVar),
+    INTROW(RAXISVAR, EntIndexInputSpec, YAxisVar),
+    INTROW(XAXIS, XYAxisNumberInputSpec, XAxis),
+    INTROW(YAXIS, XYAxisNumberInputSpec, YAxis),
     ENUMROW(FUNCTIONDEPENDENCY, FunctionDependency),
     ENUMROW(SHOWINLEGEND, ShowInLegend),
     ENUMROW(SORT, Sort),
-    INTROW(SORTVAR, VarOrNoneSpec, SortVar),
+    INTROW(SORTVAR, VarOrNoneInputSpec, SortVar),
 };
 TABLE(LineMapAssign);
 #undef REC
 
 #define REC LineMapLines_s
-const FrameStyleRow_s LineMapLinesRows[] = {
+const StyleField_s LineMapLinesRows[] = {
     BOOLROW(SHOW, Show),
     ENUMROW(COLOR, Color),
     ENUMROW(LINEPATTERN, LinePattern),
-    DBLROW(PATTERNLENGTH, FrameSizeSpec, PatternLength),
-    DBLROW(LINETHICKNESS, LineThicknessSpec, LineThickness),
+    DBLROW(PATTERNLENGTH, FrameLengthInputSpec, PatternLength),
+    DBLROW(LINETHICKNESS, FrameLineThicknessInputSpec, LineThickness),
 };
 TABLE(LineMapLines);
 #undef REC
 
 #define REC LineMapCurves_s
-const FrameStyleRow_s LineMapCurvesRows[] = {
+const StyleField_s LineMapCurvesRows[] = {
     ENUMROW(CURVETYPE, CurveType),
-    INTROW(NUMPTS, CurvePointsSpec, NumPts),
-    INTROW(POLYORDER, PolyOrderSpec, PolyOrder),
-    INTROW(WEIGHTVAR, VarOrNoneSpec, WeightVar),
+    INTROW(NUMPTS, CurvePointsInputSpec, NumPts),
+    INTROW(POLYORDER, PolyOrderInputSpec, PolyOrder),
+    INTROW(WEIGHTVAR, VarOrNoneInputSpec, WeightVar),
     BOOLROW(USEWEIGHTVAR, UseWeightVar),
-    DBLROW(INDVARMIN, DoubleSpec, IndVarMin),
-    DBLROW(INDVARMAX, DoubleSpec, IndVarMax),
+    DBLROW(INDVARMIN, DoubleInputSpec, IndVarMin),
+    DBLROW(INDVARMAX, DoubleInputSpec, IndVarMax),
     BOOLROW(USEINDVARRANGE, UseIndVarRange),
     BOOLROW(CLAMPSPLINE, ClampSpline),
-    DBLROW(SPLINEDERIVATIVEATSTART, DoubleSpec, SplineDerivativeAtStart),
-    DBLROW(SPLINEDERIVATIVEATEND, DoubleSpec, SplineDerivativeAtEnd),
+    DBLROW(SPLINEDERIVATIVEATSTART, DoubleInputSpec, SplineDerivativeAtStart),
+    DBLROW(SPLINEDERIVATIVEATEND, DoubleInputSpec, SplineDerivativeAtEnd),
     STRROW(EXTENDEDNAME, ExtendedName),
     STRROW(EXTENDEDSETTINGS, ExtendedSettings),
 };
@@ -1226,48 +1261,48 @@ TABLE(LineMapCurves);
 #undef REC
 
 #define REC LineMapSymbols_s
-const FrameStyleRow_s LineMapSymbolsRows[] = {
+const StyleField_s LineMapSymbolsRows[] = {
     BOOLROW(SHOW, Show),
     SUBROW(SYMBOLSHAPE, SymbolShape, SymbolShapeTable),
     ENUMROW(COLOR, Color),
     ENUMROW(FILLMODE, FillMode),
     ENUMROW(FILLCOLOR, FillColor),
-    DBLROW(SIZE, FrameSizeSpec, Size),
-    DBLROW(LINETHICKNESS, LineThicknessSpec, LineThickness),
+    DBLROW(SIZE, FrameLengthInputSpec, Size),
+    DBLROW(LINETHICKNESS, FrameLineThicknessInputSpec, LineThickness),
     ENUMROW(SKIPMODE, SkipMode),
-    DBLROW(SKIPPING, ZeroAndAboveDoubleSpec, Skipping),
+    DBLROW(SKIPPING, ZeroAndAboveDoubleInputSpec, Skipping),
 };
 TABLE(LineMapSymbols);
 #undef REC
 
 #define REC LineMapBarCharts_s
-const FrameStyleRow_s LineMapBarChartsRows[] = {
+const StyleField_s LineMapBarChartsRows[] = {
     BOOLROW(SHOW, Show),
     ENUMROW(COLOR, Color),
     ENUMROW(FILLMODE, FillMode),
     ENUMROW(FILLCOLOR, FillColor),
-    DBLROW(SIZE, FrameSizeSpec, Size),
-    DBLROW(LINETHICKNESS, LineThicknessSpec, LineThickness),
+    DBLROW(SIZE, FrameLengthInputSpec, Size),
+    DBLROW(LINETHICKNESS, FrameLineThicknessInputSpec, LineThickness),
 };
 TABLE(LineMapBarCharts);
 #undef REC
 
 #define REC LineMapErrorBars_s
-const FrameStyleRow_s LineMapErrorBarsRows[] = {
-    INTROW(VAR, VarOrNoneSpec, Var),
+const StyleField_s LineMapErrorBarsRows[] = {
+    INTROW(VAR, VarOrNoneInputSpec, Var),
     BOOLROW(SHOW, Show),
     ENUMROW(BARTYPE, BarType),
     ENUMROW(COLOR, Color),
-    DBLROW(LINETHICKNESS, LineThicknessSpec, LineThickness),
+    DBLROW(LINETHICKNESS, FrameLineThicknessInputSpec, LineThickness),
     ENUMROW(SKIPMODE, SkipMode),
-    DBLROW(SKIPPING, ZeroAndAboveDoubleSpec, Skipping),
-    DBLROW(SIZE, FrameSizeSpec, Size),
+    DBLROW(SKIPPING, ZeroAndAboveDoubleInputSpec, Skipping),
+    DBLROW(SIZE, FrameLengthInputSpec, Size),
 };
 TABLE(LineMapErrorBars);
 #undef REC
 
 #define REC LineMapIndices_s
-const FrameStyleRow_s LineMapIndicesRows[] = {
+const StyleField_s LineMapIndicesRows[] = {
     ENUMROW(IJKLINES, IJKLines),
     SUBROW(IRANGE, IRange, IndexRangeTable),
     SUBROW(JRANGE, JRange, IndexRangeTable),
@@ -1277,7 +1312,7 @@ TABLE(LineMapIndices);
 #undef REC
 
 #define REC LineMapStyle_s
-const FrameStyleRow_s LineMapStyleRows[] = {
+const StyleField_s LineMapStyleRows[] = {
     STRROW(NAME, Name),
     SUBROW(ASSIGN, Assign, LineMapAssignTable),
     SUBROW(LINES, Lines, LineMapLinesTable),
@@ -1293,84 +1328,58 @@ TABLE(LineMapStyle);
 
 // -- the major rows --
 
-
-#define REC FrameStyle_s
-#define MAJOR(row, member, table) \
-    {MacroSetValue_##row, &table, [](FrameStyle_s *style, int) -> void * { return &style->member; }, 0, nullptr, false}
-#define GROUPMAJOR(row, member, table, message) \
-    {MacroSetValue_##row, &table, [](FrameStyle_s *style, int n) -> void * { return &style->member[n]; }, 4, message, \
-     false}
-#define MAPMAJOR(row, member, table) \
-    {MacroSetValue_##row, &table, [](FrameStyle_s *style, int) -> void * { return &style->member; }, 0, nullptr, true}
-
-const char *const IsoSliceGroupError = "Invalid group number specified.";
-
-const FrameStyleMajor_s FrameMajors[] = {
-    MAJOR(LINKING, Linking, LinkingTable),
-    MAJOR(FRAMELINKING, Linking, LinkingTable),
-    MAJOR(FRAMELAYOUT, FrameLayout, FrameLayoutTable),
-    MAJOR(GLOBALTIME, GlobalTime, GlobalTimeTable),
-    MAJOR(GLOBALEDGE, GlobalEdge, GlobalEdgeTable),
-    MAJOR(GLOBALRGB, GlobalRGB, GlobalRGBTable),
-    GROUPMAJOR(GLOBALCONTOUR, GlobalContour, GlobalContourTable, "Invalid value global contour index"),
-    MAJOR(GLOBALTWODVECTOR, GlobalTwoDVector, GlobalVectorTable),
-    MAJOR(GLOBALTHREEDVECTOR, GlobalThreeDVector, GlobalVectorTable),
-    MAJOR(GLOBALSCATTER, GlobalScatter, GlobalScatterTable),
-    MAJOR(GLOBALLINEPLOT, GlobalLinePlot, GlobalLinePlotTable),
-    MAJOR(GLOBALXY, GlobalLinePlot, GlobalLinePlotTable),
-    MAJOR(GLOBALPOLAR, GlobalPolar, GlobalPolarTable),
-    MAJOR(BLANKING, Blanking, BlankingTable),
-    MAJOR(FIELDLAYERS, FieldLayers, FieldLayersTable),
-    MAJOR(LINEPLOTLAYERS, LinePlotLayers, LinePlotLayersTable),
-    MAJOR(XYLAYERS, LinePlotLayers, LinePlotLayersTable),
-    MAJOR(ISOSURFACELAYERS, IsoSurfaceLayers, IsoSurfaceLayersTable),
-    MAJOR(SLICELAYERS, SliceLayers, SliceLayersTable),
-    MAJOR(STREAMTRACELAYERS, StreamtraceLayers, StreamtraceLayersTable),
-    MAJOR(THREEDAXIS, ThreeDAxis, ThreeDAxisTable),
-    MAJOR(TWODAXIS, TwoDAxis, TwoDAxisTable),
-    MAJOR(XYLINEAXIS, XYLineAxis, XYLineAxisTable),
-    MAJOR(XYAXIS, XYLineAxis, XYLineAxisTable),
-    MAJOR(SKETCHAXIS, SketchAxis, TwoDAxisTable),
-    MAJOR(POLARAXIS, PolarAxis, PolarAxisTable),
-    GROUPMAJOR(GLOBALISOSURFACE, IsoSurfaceAttributes, IsoSurfaceAttributesTable, IsoSliceGroupError),
-    GROUPMAJOR(ISOSURFACEATTRIBUTES, IsoSurfaceAttributes, IsoSurfaceAttributesTable, IsoSliceGroupError),
-    GROUPMAJOR(GLOBALSLICE, SliceAttributes, SliceAttributesTable, IsoSliceGroupError),
-    GROUPMAJOR(SLICEATTRIBUTES, SliceAttributes, SliceAttributesTable, IsoSliceGroupError),
-    MAJOR(GLOBALSTREAM, StreamAttributes, StreamAttributesTable),
-    MAJOR(STREAMATTRIBUTES, StreamAttributes, StreamAttributesTable),
-    MAJOR(GLOBALTHREED, GlobalThreeD, GlobalThreeDTable),
-    MAJOR(THREEDVIEW, ThreeDView, ThreeDViewTable),
-    MAJOR(POLARVIEW, PolarView, PolarViewTable),
-    MAPMAJOR(FIELD, FieldMap, FieldMapStyleTable),
-    MAPMAJOR(FIELDMAP, FieldMap, FieldMapStyleTable),
-    MAPMAJOR(LINEMAP, LineMap, LineMapStyleTable),
-    MAPMAJOR(XYMAP, LineMap, LineMapStyleTable),
-};
+constexpr const char *IsoSliceGroupError = "Invalid group number specified.";
 
 static_assert(MaxContourGroups == 4 && MaxIsoSurfaceGroups == 4 && MaxSliceGroups == 4,
               "the grouped majors take four groups");
 
-#undef MAJOR
-#undef GROUPMAJOR
-#undef MAPMAJOR
+// The map majors (FIELD, FIELDMAP, LINEMAP, XYMAP) have the map set in the path where a group
+// would stand; framestyle.cpp takes them to the templates.
+#define REC FrameStyle_s
+const StyleField_s FrameStyleRows[] = {
+    SUBROW(LINKING, Linking, LinkingTable),
+    SUBROW(FRAMELINKING, Linking, LinkingTable),
+    SUBROW(FRAMELAYOUT, FrameLayout, FrameLayoutTable),
+    SUBROW(GLOBALTIME, GlobalTime, GlobalTimeTable),
+    SUBROW(GLOBALEDGE, GlobalEdge, GlobalEdgeTable),
+    SUBROW(GLOBALRGB, GlobalRGB, GlobalRGBTable),
+    NUMSUBROW(GLOBALCONTOUR, GlobalContour, GlobalContourTable, MaxContourGroups, "Invalid value global contour index"),
+    SUBROW(GLOBALTWODVECTOR, GlobalTwoDVector, GlobalVectorTable),
+    SUBROW(GLOBALTHREEDVECTOR, GlobalThreeDVector, GlobalVectorTable),
+    SUBROW(GLOBALSCATTER, GlobalScatter, GlobalScatterTable),
+    SUBROW(GLOBALLINEPLOT, GlobalLinePlot, GlobalLinePlotTable),
+    SUBROW(GLOBALXY, GlobalLinePlot, GlobalLinePlotTable),
+    SUBROW(GLOBALPOLAR, GlobalPolar, GlobalPolarTable),
+    SUBROW(BLANKING, Blanking, BlankingTable),
+    SUBROW(FIELDLAYERS, FieldLayers, FieldLayersTable),
+    SUBROW(LINEPLOTLAYERS, LinePlotLayers, LinePlotLayersTable),
+    SUBROW(XYLAYERS, LinePlotLayers, LinePlotLayersTable),
+    SUBROW(ISOSURFACELAYERS, IsoSurfaceLayers, IsoSurfaceLayersTable),
+    SUBROW(SLICELAYERS, SliceLayers, SliceLayersTable),
+    SUBROW(STREAMTRACELAYERS, StreamtraceLayers, StreamtraceLayersTable),
+    SUBROW(THREEDAXIS, ThreeDAxis, ThreeDAxisTable),
+    SUBROW(TWODAXIS, TwoDAxis, TwoDAxisTable),
+    SUBROW(XYLINEAXIS, XYLineAxis, XYLineAxisTable),
+    SUBROW(XYAXIS, XYLineAxis, XYLineAxisTable),
+    SUBROW(SKETCHAXIS, SketchAxis, TwoDAxisTable),
+    SUBROW(POLARAXIS, PolarAxis, PolarAxisTable),
+    NUMSUBROW(GLOBALISOSURFACE, IsoSurfaceAttributes, IsoSurfaceAttributesTable, MaxIsoSurfaceGroups,
+              IsoSliceGroupError),
+    NUMSUBROW(ISOSURFACEATTRIBUTES, IsoSurfaceAttributes, IsoSurfaceAttributesTable, MaxIsoSurfaceGroups,
+              IsoSliceGroupError),
+    NUMSUBROW(GLOBALSLICE, SliceAttributes, SliceAttributesTable, MaxSliceGroups, IsoSliceGroupError),
+    NUMSUBROW(SLICEATTRIBUTES, SliceAttributes, SliceAttributesTable, MaxSliceGroups, IsoSliceGroupError),
+    SUBROW(GLOBALSTREAM, StreamAttributes, StreamAttributesTable),
+    SUBROW(STREAMATTRIBUTES, StreamAttributes, StreamAttributesTable),
+    SUBROW(GLOBALTHREED, GlobalThreeD, GlobalThreeDTable),
+    SUBROW(THREEDVIEW, ThreeDView, ThreeDViewTable),
+    SUBROW(POLARVIEW, PolarView, PolarViewTable),
+};
+TABLE(FrameStyle);
 #undef REC
 
 }  // namespace
 
-const FrameStyleMajor_s *FindFrameStyleMajor(int row) {
-    for (const FrameStyleMajor_s &major : FrameMajors)
-        if (major.Row == row) return &major;
-    return nullptr;
-}
-
-const FrameStyleValueSpec_s &FrameStyleTextHeightSpec(int sizeUnits) {
-    switch (sizeUnits) {
-    case 1: return FrameTextSizeSpec;     // FRAME
-    case 4: return AxisTextSizeSpec;      // AXISPERCENTAGE
-    case 2: return PointTextSizeSpec;     // POINT
-    default: return AboveZeroDoubleSpec;  // GRID, SCREEN
-    }
-}
-
-const FrameStyleTable_s &GetFieldMapStyleTable() { return FieldMapStyleTable; }
-const FrameStyleTable_s &GetLineMapStyleTable() { return LineMapStyleTable; }
+const StyleRecord_s &GetFrameStyleRecord() { return FrameStyleTable; }
+const StyleRecord_s &GetFieldMapStyleRecord() { return FieldMapStyleTable; }
+const StyleRecord_s &GetLineMapStyleRecord() { return LineMapStyleTable; }
