@@ -305,6 +305,17 @@ bool dataSetFileNames(const DataSet_s *dataSet, std::vector<std::string> *names)
     return true;
 }
 
+// The sheet in use as it lies: a landscape sheet is wider than high.
+double paperSide(bool width) {
+    const Paper_s &paper = GeneralBase.Paper;
+    int slot = PaperSizeInfoSlot(paper.PaperSize);
+    if (slot < 0) return 0.0;
+    const PaperSizeInfo_s &info = paper.PaperSizeInfo[size_t(slot)];
+    double shortSide = std::min(info.Width, info.Height), longSide = std::max(info.Width, info.Height);
+    bool alongWidthIsLong = !paper.OrientPortrait;
+    return width == alongWidthIsLong ? longSide : shortSide;
+}
+
 struct Intrinsic_s {
     const char *Name;
     IntrinsicHandler_pf Handler;
@@ -419,7 +430,8 @@ const Intrinsic_s Intrinsics[] = {
          return auxItem(c, GetVarSpec(c.dataSet(), var)->AuxData, "variable");
      }},
     {"AUXLINEMAP", LATER},
-    {"PAPERHEIGHT", LATER}, {"PAPERWIDTH", LATER},
+    {"PAPERHEIGHT", PLAIN(return c.number(paperSide(false)))},
+    {"PAPERWIDTH", PLAIN(return c.number(paperSide(true)))},
     {"EXPORTISRECORDING", PLAIN(return c.found("NO"))},
     {"MACROFNAME", PLAIN(return c.found(MacroRunFileName()))},
     {"VARSTATUS", [](const IntrinsicContext_s &c) -> IntrinsicResult_e {

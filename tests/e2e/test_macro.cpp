@@ -254,6 +254,9 @@ TEST(MacroE2E, IntrinsicsReadTheSystem) {
     MacroRun run = runMacro(s, echo("|INBATCHMODE| |NUMFRAMES| |PLATFORM| |ORVANEXVERSION| |ISDATASETAVAILABLE|") +
                                    echo("|DATASETTITLE|") + "$!VARSET |X| = |AXISMINX|\n");
     EXPECT_EQ(echoes(run.log), (std::vector<std::string>{"1 1 LINUX64 110 0", "No Data Set"})) << run.log;
+    MacroRun paper = runMacro(s, echo("|PAPERWIDTH| |PAPERHEIGHT|") + "$!PAPER ORIENTPORTRAIT = YES PAPERSIZE = A4\n" +
+                                     echo("|PAPERWIDTH%.2f| |PAPERHEIGHT%.2f|"));
+    EXPECT_EQ(echoes(paper.log), (std::vector<std::string>{"11 8.5", "8.27 11.69"})) << paper.log;
     EXPECT_TRUE(HoldsMessage(run.log, "AXISMINX is not available.")) << run.log;
 }
 
