@@ -21,6 +21,7 @@
 #include "base/kernel/globals.h"
 #include "base/kernel/outofmem.h"
 #include "base/kernel/seams.h"
+#include "base/kernel/undo.h"
 #include "base/kernel/set.h"
 #include "base/kernel/strlist.h"
 #include "base/kernel/strutil.h"
@@ -689,7 +690,7 @@ bool Action_ReadDataSet(const ReadDataSetArgs_s &args) {
         ok = Action_ReadCookedDataSet(&loadInfo, ZoneSpecList_t{}, nullptr, args.ReadDataOption, args.ResetStyle,
                                       args.InitialPlotType, args.InitialPlotFirstZoneOnly, false, false);
     }
-    if (ok) InvalidateUndo();
+    if (ok) UndoStateInvalidateUndo();
     CleanupDataSetLoadInfo(&loadInfo);
     return ok;
 }
@@ -710,8 +711,10 @@ bool Action_ReadCookedDataSet(DataSetLoadInfo_s *loadInfo, const ZoneSpecList_t 
             keptVars.reset(AllocSet(false));
             if (keptVars) CopySet(keptVars.get(), loadInfo->VarsToLoad.get(), false);
         }
+        if (option != ReadDataOption_New) BeginUndoCommandBlock(UndoBlock_DataStructure);
         ok = GoReadDataSet(loadInfo, zoneSpecs, varNameList, option, resetStyle, initialPlotType,
                            initialPlotFirstZoneOnly);
+        if (option != ReadDataOption_New) EndUndoCommandBlock(ok);
         loadInfo->VarsToLoad = std::move(keptVars);
         if (ok) {
             reader.LastFileNames.clear();
@@ -738,7 +741,7 @@ bool Action_ReadCookedDataSet(DataSetLoadInfo_s *loadInfo, const ZoneSpecList_t 
         reader.PostRead(ok);
     else
         DataSetPostReadFinished(nullptr, ok);
-    if (reader.Loader != nullptr || option == ReadDataOption_New) InvalidateUndo();
+    if (reader.Loader != nullptr || option == ReadDataOption_New) UndoStateInvalidateUndo();
     return ok;
 }
 

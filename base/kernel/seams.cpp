@@ -12,7 +12,6 @@ bool AllocBaseFrameAttributePointers() { return true; }
 void InitCZData() {}
 void InitCZInfo() {}
 void InitLineMapInfo() {}
-bool UndoStateInitialize() { return true; }
 void PushPaperView() {}
 void SaveInitialWorkspaceSettings() {}
 bool ReadInInternalFont() { return true; }
@@ -50,9 +49,7 @@ bool Action_LoadAddOn(const std::string &addOnName) {
 void FinishExportRecording() {}
 void EndUnstableMouseMode() {}
 void NewLayout() {}
-void InvalidateUndo() {}
 void BroadcastQuit(int) {}
-void StopMacroRecording() {}
 void FreeExtraMapData() {}
 void ReleaseDisplayLists() {}
 void DeleteOrvanexInternalsPending() {}

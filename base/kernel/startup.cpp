@@ -29,6 +29,8 @@
 #include "base/kernel/scratch.h"
 #include "base/data/readdataset.h"
 #include "base/kernel/seams.h"
+#include "base/kernel/undo.h"
+#include "base/macro/macrorec.h"
 #include "base/plot/framestyle.h"
 #include "base/kernel/statechg.h"
 #include "base/kernel/strutil.h"
@@ -248,7 +250,7 @@ void InitiateShutdown(bool isOk) {
         FinishExportRecording();
         EndUnstableMouseMode();
         NewLayout();
-        InvalidateUndo();
+        UndoStateInvalidateUndo();
         if (isOk) SetOrvanexExitCode(0);
         BroadcastQuit(GetOrvanexExitCode());
         StopMacroRecording();

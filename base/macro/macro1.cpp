@@ -14,6 +14,7 @@
 #include "base/kernel/globals.h"
 #include "base/kernel/paths.h"
 #include "base/kernel/seams.h"
+#include "base/kernel/undo.h"
 #include "base/kernel/strutil.h"
 #include "base/macro/actcmd.h"
 #include "base/macro/macrocomp.h"
@@ -823,10 +824,12 @@ bool LoadAndRunMacro(const char *fileName, bool, bool warnOnRedefine, bool retai
 }
 
 bool ProcessLinkedMacroList(bool interruptible, bool restart, bool singleStep, bool stepOver, bool runToReturn) {
-    InvalidateUndo();
+    UndoStateInvalidateUndo();
+    UndoStateSuspendRecording();
     if (restart) rewind();
     Runner runner;
     bool ok = runner.run(interruptible, singleStep, stepOver, runToReturn);
+    UndoStateUnsuspendRecording();
     if (!ok) {
         StopPlayback = true;
         MacroCallStack.clear();
@@ -846,6 +849,7 @@ bool ProcessMacroCommand(const char *command, int line, int version, const char 
     MacroToken_e token;
     if (!ScanCompressedForMajorCommand(&p, line, command, &index, &token)) return false;
     PushMacroVersion(version);
+    UndoStateSuspendRecording();
     IsProcessingMacroCommand = true;
     bool ok;
     if (token == MacroToken_Action) {
@@ -854,6 +858,7 @@ bool ProcessMacroCommand(const char *command, int line, int version, const char 
         ok = ProcessSetValueSubCommands(index, p, line, command);
     }
     IsProcessingMacroCommand = false;
+    UndoStateUnsuspendRecording();
     PopMacroVersion();
     return ok;
 }

@@ -22,6 +22,8 @@
 #include "base/macro/vocab.h"
 #include "base/plot/frame.h"
 #include "base/plot/framestyle.h"
+#include "base/kernel/undo.h"
+#include "base/macro/macrorec.h"
 #include "base/plot/solntime.h"
 
 StyleBase_e FrameStyleBase = StyleBase_Config;
@@ -636,6 +638,13 @@ SetValueReturnCode_e SetValue7(ArbParam_t argValue, double doubleValue, AssignOp
     int path[7];
     bool isFrame, isGeneral;
     CategorizeMajorCommand(pathIn[0], &isFrame, &isGeneral);
+    // Frame style changes are one undo step each: zone and map style, or other style.
+    bool undoBlock = isFrame && raiseStateChange;
+    if (undoBlock) {
+        int row = pathIn[0];
+        bool mapStyle = (row >= 507 && row <= 510) || row == 543 || row == 544 || row == 547 || row == 548;
+        BeginUndoCommandBlock(mapStyle ? UndoBlock_ZoneAndMapStyle : UndoBlock_OtherStyle);
+    }
     SetValueReturnCode_e code;
     if (!normalizePath(pathIn, path)) {
         code = badOption(pathIn[6], pathIn[0]);
@@ -657,7 +666,14 @@ SetValueReturnCode_e SetValue7(ArbParam_t argValue, double doubleValue, AssignOp
         code = fail(SetValue_InvalidCommandOption, text);
     }
     if (GeneralBase.Debug) printDebug(code, argValue, doubleValue, path);
+    // Settings of the interactive tools are not recorded.
+    bool toolSetting = path[0] == MacroSetValue_INTERFACE &&
+                       (path[1] == MacroSetValue_ROTATION || path[1] == MacroSetValue_TRANSLATION ||
+                        path[1] == MacroSetValue_SCALE || path[1] == MacroSetValue_DATA);
+    if (code == SetValue_Ok && IsRecording() && !IsPerformingUndo() && !toolSetting)
+        RecordSetValueCommand(path, argValue, doubleValue, int(assignOp));
     if (code == SetValue_Ok && raiseStateChange && !IsProcessingStylesheet) announce(path);
+    if (undoBlock) EndUndoCommandBlock(code == SetValue_Ok);
     return code;
 }
 

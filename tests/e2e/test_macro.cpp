@@ -4,6 +4,8 @@
 // (expanded) text to the batch log.
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #include "e2e/harness.h"
 
 namespace {
@@ -258,6 +260,16 @@ TEST(MacroE2E, IntrinsicsReadTheSystem) {
                                      echo("|PAPERWIDTH%.2f| |PAPERHEIGHT%.2f|"));
     EXPECT_EQ(echoes(paper.log), (std::vector<std::string>{"11 8.5", "8.27 11.69"})) << paper.log;
     EXPECT_TRUE(HoldsMessage(run.log, "AXISMINX is not available.")) << run.log;
+}
+
+TEST(MacroE2E, PauseAndDelayAreSkippedInBatch) {
+    Scratch s;
+    auto start = std::chrono::steady_clock::now();
+    MacroRun run = runMacro(s, "$!DELAY 5\n$!PAUSE \"Press OK\"\n" + echo("after"));
+    double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    EXPECT_LT(seconds, 4.0) << "the delay of 5 s did not wait";
+    EXPECT_EQ(echoes(run.log), (std::vector<std::string>{"after"})) << run.log;
+    EXPECT_NE(run.log.find("ACTION: DELAY\nACTION: PAUSE Press OK\n"), std::string::npos) << run.log;
 }
 
 TEST(MacroE2E, QuitEndsTheMacro) {
