@@ -84,6 +84,13 @@ void Gr_Mopup() {
     WritePhysicalDisplayFile(PhysicalDisplayFileName(), PhysicalDisplay);
 }
 
+// Moves the base stores (never the factory ones) to the values new work should get, between the
+// copy of the factory values and the configuration file.
+void ModernizeFrameAndGeneralBaseDefaults() {
+    ModernizeGeneralBaseDefaults();
+    ModernizeFrameDefaults();
+}
+
 // The add-on list file: a macro of $!LOADADDON commands.
 void RunAddOnListFile(const std::string &fileName) { LoadAndRunMacro(fileName.c_str(), false, false, false, false); }
 
@@ -174,8 +181,7 @@ bool InitOrvanex(int argc, char **argv) {
     InitializeNonconfigurableInputSpecs();
     DotsPerCmX = DotsPerCmY = 38.0;
     if (ok) ok = AllocBaseFrameAttributePointers();
-    ModernizeGeneralBaseDefaults();
-    ModernizeFrameDefaults();
+    ModernizeFrameAndGeneralBaseDefaults();
     // 13-15
     const char *systemTemp = GetSystemTempDir();
     rememberedSystemTempDir = systemTemp != nullptr ? systemTemp : "";
