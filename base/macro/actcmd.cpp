@@ -18,6 +18,7 @@
 #include "base/macro/setvalue.h"
 #include "base/macro/vocab.h"
 #include "base/plot/frame.h"
+#include "base/plot/framestyle.h"
 
 namespace {
 
@@ -427,6 +428,46 @@ bool handleInternal(const ActionCommand_s &cmd) {
     return true;
 }
 
+// The X and Y of a parent block such as XYPOS { X = 1 Y = 2 }.
+bool readXY(const ActionCommand_s &cmd, const ActionOptionValue_s &block, double *x, double *y) {
+    const char *p = block.Block.c_str();
+    while (true) {
+        skipBlanks(&p);
+        if (*p == '\0') return true;
+        int row;
+        MacroToken_e token;
+        double value = 0;
+        ArbParam_t arg = 0;
+        AssignOp_e op;
+        if (!ScanCompressedForMacroCommand(&p, cmd.Line, cmd.Command, &row, &token, false, true) ||
+            !GetAssignedValueForSetValueCommand(row, &p, cmd.Line, cmd.Command, &value, &arg, &op, false))
+            return false;
+        if (row == MacroSetValue_X) *x = value;
+        else if (row == MacroSetValue_Y) *y = value;
+        else return cmd.fail(std::string("Invalid option \"") + optionName(row) + "\"\nfor command: \"XYPOS\"");
+    }
+}
+
+bool handleCreateNewFrame(const ActionCommand_s &cmd) {
+    const Rect_s &base = GetFrameTemplate(FrameStyleBase == StyleBase_Factory).FrameLayout.Rect;
+    double x = base.X1, y = base.Y2;
+    if (const ActionOptionValue_s *position = cmd.find(MacroSetValue_XYPOS))
+        if (!readXY(cmd, *position, &x, &y)) return false;
+    double width = cmd.number(MacroSetValue_WIDTH, base.X2 - base.X1);
+    double height = cmd.number(MacroSetValue_HEIGHT, base.Y1 - base.Y2);
+    Rect_s rect{x, y + height, x + width, y};
+    cmd.logAction();
+    return CreateNewFrame(&rect);
+}
+
+bool handleFrameControl(const ActionCommand_s &cmd) {
+    const ActionOptionValue_s *name = cmd.find(MacroSetValue_NAME);
+    cmd.logAction();
+    return Action_FrameControl(FrameAction_e(cmd.Mandatory), int(cmd.integer(MacroSetValue_FRAME, 1)),
+                               name != nullptr ? name->Text.c_str() : "", cmd.number(MacroSetValue_X, 0),
+                               cmd.number(MacroSetValue_Y, 0));
+}
+
 bool handleSetStyleBase(const ActionCommand_s &cmd) {
     cmd.logAction();
     return Action_SetStyleBase(StyleBase_e(cmd.Mandatory));
@@ -446,6 +487,8 @@ const ActionHandler_s ActionHandlers[] = {
     {MacroAction_WRITEDATASET, handleWriteDataSet},
     {MacroAction_INTERNAL, handleInternal},
     {MacroAction_SETSTYLEBASE, handleSetStyleBase},
+    {MacroAction_CREATENEWFRAME, handleCreateNewFrame},
+    {MacroAction_FRAMECONTROL, handleFrameControl},
 };
 
 ActionHandler_pf handlerOf(int action) {

@@ -57,8 +57,35 @@ struct Frame_s {
 // The current frame; null before the first frame exists.
 extern Frame_s *CurFrame;
 
-// A new frame on top of the stack, named "Frame %03d", made current.
+constexpr int MaxNumFrames = 2048;
+
+// A new frame on top of the stack, named with the first free "Frame %03d", made current. The
+// rectangle (paper inches, Y downward) is the template's unless given; a rectangle outside the
+// paper range or under 0.1 inch is refused, as is a frame beyond the 2048th.
 bool CreateNewFrame();
+bool CreateNewFrame(const Rect_s *rect);
+// The stack position (0 top) of the frame with the name (without regard to case), or -1.
+int FindFrameByName(const char *name);
+// Moves the frame at a stack position to the top ("pop") or to the bottom ("push").
+void DoPopping(int index);
+void DoPushing(int index);
+// Deletes the top frame; an empty page gets a new empty frame.
+bool DeleteTopFrame();
+// Scales and moves all frames together so that they fit the sheet's hard clip limits.
+bool FitAllFramesInPaper();
+
+enum FrameAction_e {
+    FrameAction_PushTop = 0,
+    FrameAction_Pop = 1,
+    FrameAction_PopAtPosition = 2,
+    FrameAction_DeleteTop = 3,
+    FrameAction_FitAllToPaper = 4,
+    FrameAction_PushByName = 5,
+    FrameAction_PopByName = 6,
+    FrameAction_Push = 7
+};
+// number is a one-based stack position (1 the top); x, y paper inches for POPATPOSITION.
+bool Action_FrameControl(FrameAction_e action, int number, const char *name, double x, double y);
 // Deletes every frame, releasing their data sets.
 void DeleteAllFrames();
 int FrameStackCount();
