@@ -70,23 +70,12 @@ std::string nameKey(const char *name) {
     return key;
 }
 
-std::vector<std::string> splitLines(const std::string &text) {
-    std::vector<std::string> lines;
-    size_t start = 0;
-    while (start <= text.size()) {
-        size_t newline = text.find('\n', start);
-        lines.push_back(text.substr(start, newline == std::string::npos ? std::string::npos : newline - start));
-        if (newline == std::string::npos) break;
-        start = newline + 1;
-    }
-    return lines;
-}
 
 // File names of the instructions: each entry may hold several, one per line.
 std::vector<std::string> fileNamesOf(const std::vector<std::string> &instructions) {
     std::vector<std::string> names;
     for (const std::string &entry : instructions)
-        for (const std::string &line : splitLines(entry))
+        for (const std::string &line : SplitLines(entry))
             if (!line.empty()) names.push_back(line);
     return names;
 }
@@ -224,7 +213,7 @@ std::vector<EntIndex_t> buildVarMap(const DataSetLoadInfo_s &loadInfo, const Dat
     for (SetIndex_t var = GetNextMember(dataSet->EnabledVars, -1); var >= 0; var = GetNextMember(dataSet->EnabledVars, var)) {
         const char *entry = StringListGetStringRef(names, LgIndex_t(var));
         if (entry == nullptr) continue;
-        for (const std::string &alias : splitLines(entry)) {
+        for (const std::string &alias : SplitLines(entry)) {
             auto found = byName.find(nameKey(alias.c_str()));
             if (found == byName.end() || found->second.empty()) continue;
             map[size_t(found->second.back())] = EntIndex_t(var);
@@ -303,7 +292,7 @@ bool findDoubleName(const StringList_s *names, std::string *doubled) {
     for (LgIndex_t n = 0; n < StringListCount(names); n++) {
         const char *entry = StringListGetStringRef(names, n);
         if (entry == nullptr) continue;
-        for (const std::string &alias : splitLines(entry)) {
+        for (const std::string &alias : SplitLines(entry)) {
             if (alias.empty()) continue;
             auto inserted = owner.emplace(nameKey(alias.c_str()), n);
             if (!inserted.second && inserted.first->second != n) {
@@ -474,7 +463,7 @@ void MopupDataSetReaders() {
 char *GetSimpleVarNameFromVarNameList(const StringList_s *list, EntIndex_t var, int aliasIndex, bool stripFormatting) {
     const char *entry = var >= 0 && var < StringListCount(list) ? StringListGetStringRef(list, var) : nullptr;
     if (entry == nullptr) return nullptr;
-    std::vector<std::string> aliases = splitLines(entry);
+    std::vector<std::string> aliases = SplitLines(entry);
     if (aliasIndex < 0 || size_t(aliasIndex) >= aliases.size()) return nullptr;
     std::string name = aliases[size_t(aliasIndex)];
     if (stripFormatting) name = PrepareFilenameForOrvanex(name);
@@ -483,7 +472,7 @@ char *GetSimpleVarNameFromVarNameList(const StringList_s *list, EntIndex_t var, 
 
 bool IsSimpleVarInAliasList(const char *name, const char *aliasList) {
     if (name == nullptr || aliasList == nullptr) return false;
-    for (const std::string &alias : splitLines(aliasList))
+    for (const std::string &alias : SplitLines(aliasList))
         if (ustrcmp(alias.c_str(), name) == 0) return true;
     return false;
 }
@@ -869,7 +858,7 @@ std::string MakeReadDataSetCommand(const DataSetLoadInfo_s &loadInfo, const Stri
             for (LgIndex_t n = 0; n < StringListCount(varNameList); n++) {
                 const char *entry = StringListGetStringRef(varNameList, n);
                 std::string joined;
-                for (const std::string &alias : splitLines(entry != nullptr ? entry : ""))
+                for (const std::string &alias : SplitLines(entry != nullptr ? entry : ""))
                     joined += (joined.empty() ? "" : ";") + alias;
                 names.push_back(joined);
             }

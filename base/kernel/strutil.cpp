@@ -558,3 +558,14 @@ bool IsALgIndex(const char *s, LgIndex_t *value) {
     if (value != nullptr) *value = static_cast<LgIndex_t>(isNegative ? -magnitude : magnitude);
     return true;
 }
+
+std::vector<std::string> SplitLines(const std::string &text) {
+    std::vector<std::string> lines;
+    size_t start = 0;
+    while (true) {
+        size_t newline = text.find('\n', start);
+        lines.push_back(text.substr(start, newline == std::string::npos ? std::string::npos : newline - start));
+        if (newline == std::string::npos) return lines;
+        start = newline + 1;
+    }
+}

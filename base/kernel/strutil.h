@@ -85,3 +85,6 @@ std::string Trim_right(const std::string &s);
 bool IsAReal(const char *s, double *value, bool *clipped);
 // Optional white space, an optional sign and digits, at most 2147483646 in magnitude.
 bool IsALgIndex(const char *s, LgIndex_t *value);
+
+// The lines of a text, split at each newline (an empty text gives one empty line).
+std::vector<std::string> SplitLines(const std::string &text);

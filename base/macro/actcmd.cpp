@@ -13,6 +13,7 @@
 #include "base/kernel/globals.h"
 #include "base/kernel/startup.h"
 #include "base/kernel/strlist.h"
+#include "base/kernel/strutil.h"
 #include "base/macro/dataactions.h"
 #include "base/macro/macro1.h"
 #include "base/macro/setvalue.h"
@@ -579,15 +580,8 @@ bool ExtractFileNamesFromLoadCommand(const char *command, std::vector<std::strin
     if (list == nullptr) return false;
     for (LgIndex_t n = 0; n < StringListCount(list); n++) {
         const char *entry = StringListGetStringRef(list, n);
-        std::string text = entry != nullptr ? entry : "";
-        size_t start = 0;
-        while (start <= text.size()) {
-            size_t newline = text.find('\n', start);
-            std::string name = text.substr(start, newline == std::string::npos ? std::string::npos : newline - start);
+        for (const std::string &name : SplitLines(entry != nullptr ? entry : ""))
             if (!name.empty()) names->push_back(name);
-            if (newline == std::string::npos) break;
-            start = newline + 1;
-        }
     }
     StringListDealloc(&list);
     return true;

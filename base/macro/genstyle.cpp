@@ -22,44 +22,23 @@ using Target_pf = void *(*)(void *record);
 // The record itself: a block whose rows live in the record of its parent.
 #define SAME [](void *record) -> void * { return record; }
 
-// A row of a kind; the helpers below fill in what each kind needs.
-constexpr StyleField_s field(int row, StyleFieldKind_e kind, const InputSpecs_s *rules, Target_pf target) {
-    StyleField_s entry{};
-    entry.Row = row;
-    entry.Kind = kind;
-    entry.Spec = rules;
-    entry.Target = target;
-    return entry;
-}
-constexpr StyleField_s Bool(int row, Target_pf target) { return field(row, StyleField_Bool, nullptr, target); }
+constexpr StyleField_s Bool(int row, Target_pf target) { return MakeStyleField(row, StyleField_Bool, nullptr, target); }
 constexpr StyleField_s Int(int row, const InputSpecs_s &rules, Target_pf target) {
-    return field(row, StyleField_Int, &rules, target);
+    return MakeStyleField(row, StyleField_Int, &rules, target);
 }
 constexpr StyleField_s Long(int row, const InputSpecs_s &rules, Target_pf target) {
-    return field(row, StyleField_Long, &rules, target);
+    return MakeStyleField(row, StyleField_Long, &rules, target);
 }
 constexpr StyleField_s EntIndex(int row, Target_pf target) {
-    return field(row, StyleField_EntIndex, &EntIndexInputSpec, target);
+    return MakeStyleField(row, StyleField_EntIndex, &EntIndexInputSpec, target);
 }
 constexpr StyleField_s Double(int row, const InputSpecs_s &rules, Target_pf target) {
-    return field(row, StyleField_Double, &rules, target);
+    return MakeStyleField(row, StyleField_Double, &rules, target);
 }
-constexpr StyleField_s Enum(int row, Target_pf target) { return field(row, StyleField_Enum, nullptr, target); }
-constexpr StyleField_s Channel(int row, Target_pf target) { return field(row, StyleField_RGBComponent, nullptr, target); }
-constexpr StyleField_s String(int row, Target_pf target) { return field(row, StyleField_String, nullptr, target); }
-constexpr StyleField_s FileName(int row, Target_pf target) { return field(row, StyleField_FileName, nullptr, target); }
-constexpr StyleField_s Block(int row, const StyleRecord_s &sub, Target_pf target) {
-    StyleField_s entry = field(row, StyleField_Block, nullptr, target);
-    entry.Sub = &sub;
-    return entry;
-}
-constexpr StyleField_s Numbered(int row, const StyleRecord_s &sub, void *(*element)(void *, int), const char *message) {
-    StyleField_s entry = field(row, StyleField_NumberedBlock, nullptr, nullptr);
-    entry.Sub = &sub;
-    entry.Element = element;
-    entry.BadNumberMessage = message;
-    return entry;
-}
+constexpr StyleField_s Enum(int row, Target_pf target) { return MakeStyleField(row, StyleField_Enum, nullptr, target); }
+constexpr StyleField_s Channel(int row, Target_pf target) { return MakeStyleField(row, StyleField_RGBComponent, nullptr, target); }
+constexpr StyleField_s String(int row, Target_pf target) { return MakeStyleField(row, StyleField_String, nullptr, target); }
+constexpr StyleField_s FileName(int row, Target_pf target) { return MakeStyleField(row, StyleField_FileName, nullptr, target); }
 constexpr StyleField_s ConfigOnly(StyleField_s field) {
     field.Flags |= StyleFieldFlag_ConfigFileOnly;
     return field;
@@ -139,12 +118,12 @@ const StyleRecord_s PaperSizeInfoRecord = recordOf(PaperSizeInfoFields);
 
 // The sizes in the order of their slots (LETTER, DOUBLE, A3, A4, CUSTOM1, CUSTOM2).
 const StyleField_s PaperSizesFields[] = {
-    Block(MacroSetValue_LETTER, PaperSizeInfoRecord, AT(Paper_s, PaperSizeInfo[0])),
-    Block(MacroSetValue_DOUBLE, PaperSizeInfoRecord, AT(Paper_s, PaperSizeInfo[1])),
-    Block(MacroSetValue_A3, PaperSizeInfoRecord, AT(Paper_s, PaperSizeInfo[2])),
-    Block(MacroSetValue_A4, PaperSizeInfoRecord, AT(Paper_s, PaperSizeInfo[3])),
-    Block(MacroSetValue_CUSTOM1, PaperSizeInfoRecord, AT(Paper_s, PaperSizeInfo[4])),
-    Block(MacroSetValue_CUSTOM2, PaperSizeInfoRecord, AT(Paper_s, PaperSizeInfo[5])),
+    MakeStyleBlock(MacroSetValue_LETTER, PaperSizeInfoRecord, AT(Paper_s, PaperSizeInfo[0])),
+    MakeStyleBlock(MacroSetValue_DOUBLE, PaperSizeInfoRecord, AT(Paper_s, PaperSizeInfo[1])),
+    MakeStyleBlock(MacroSetValue_A3, PaperSizeInfoRecord, AT(Paper_s, PaperSizeInfo[2])),
+    MakeStyleBlock(MacroSetValue_A4, PaperSizeInfoRecord, AT(Paper_s, PaperSizeInfo[3])),
+    MakeStyleBlock(MacroSetValue_CUSTOM1, PaperSizeInfoRecord, AT(Paper_s, PaperSizeInfo[4])),
+    MakeStyleBlock(MacroSetValue_CUSTOM2, PaperSizeInfoRecord, AT(Paper_s, PaperSizeInfo[5])),
 };
 const StyleRecord_s PaperSizesRecord = recordOf(PaperSizesFields);
 
@@ -166,8 +145,8 @@ const StyleField_s PaperFields[] = {
     Enum(MacroSetValue_PAPERSIZE, AT(Paper_s, PaperSize)),
     Enum(MacroSetValue_RULERSPACING, AT(Paper_s, RulerSpacing)),
     Enum(MacroSetValue_PAPERGRIDSPACING, AT(Paper_s, PaperGridSpacing)),
-    Block(MacroSetValue_PAPERSIZEINFO, PaperSizesRecord, SAME),
-    Block(MacroSetValue_REGIONINWORKAREA, RegionRecord, AT(Paper_s, RegionInWorkArea)),
+    MakeStyleBlock(MacroSetValue_PAPERSIZEINFO, PaperSizesRecord, SAME),
+    MakeStyleBlock(MacroSetValue_REGIONINWORKAREA, RegionRecord, AT(Paper_s, RegionInWorkArea)),
 };
 const StyleRecord_s PaperRecord = recordOf(PaperFields);
 
@@ -220,10 +199,10 @@ const StyleField_s PrintSetupFields[] = {
     Bool(MacroSetValue_LARGEPAPEROK, AT(GeneralBase_s, PrintSetup.LargePaperOk)),
     Enum(MacroSetValue_DRIVER, AT(GeneralBase_s, PrintSetup.Driver)),
     Enum(MacroSetValue_PALETTE, AT(GeneralBase_s, PrintSetup.Palette)),
-    Block(MacroSetValue_SPOOLER, SpoolerRecord, SAME),
-    Block(MacroSetValue_JOBCONTROL, JobControlRecord, SAME),
+    MakeStyleBlock(MacroSetValue_SPOOLER, SpoolerRecord, SAME),
+    MakeStyleBlock(MacroSetValue_JOBCONTROL, JobControlRecord, SAME),
     Bool(MacroSetValue_USEISOLATIN1FONTSINPS, AT(GeneralBase_s, PrintSetup.UseISOLatin1FontsInPS)),
-    Block(MacroSetValue_PLOTTERPENMAP, PlotterPenMapRecord, SAME),
+    MakeStyleBlock(MacroSetValue_PLOTTERPENMAP, PlotterPenMapRecord, SAME),
 };
 const StyleRecord_s PrintSetupRecord = recordOf(PrintSetupFields);
 
@@ -240,7 +219,7 @@ const StyleRecord_s EPSPreviewImageRecord = recordOf(EPSPreviewImageFields);
 const StyleField_s ExportSetupFields[] = {
     FileName(MacroSetValue_EXPORTFNAME, AT(GeneralBase_s, ExportFName)),
     Enum(MacroSetValue_EXPORTFORMAT, AT(GeneralBase_s, ExportSetup.ExportFormat)),
-    Block(MacroSetValue_EPSPREVIEWIMAGE, EPSPreviewImageRecord, AT(GeneralBase_s, ExportSetup.EPSPreviewImage)),
+    MakeStyleBlock(MacroSetValue_EPSPREVIEWIMAGE, EPSPreviewImageRecord, AT(GeneralBase_s, ExportSetup.EPSPreviewImage)),
     Enum(MacroSetValue_SUNRASTERFORMAT, AT(GeneralBase_s, ExportSetup.SunRasterFormat)),
     Enum(MacroSetValue_EXPORTREGION, AT(GeneralBase_s, ExportSetup.ExportRegion)),
     Double(MacroSetValue_ANIMATIONSPEED, AboveZeroDoubleInputSpec, AT(GeneralBase_s, ExportSetup.AnimationSpeed)),
@@ -312,17 +291,17 @@ const StyleRecord_s LoadOnDemandRecord = recordOf(LoadOnDemandFields);
 
 const StyleField_s FileConfigFields[] = {
     String(MacroSetValue_TEMPFILEPATH, AT(GeneralBase_s, TempFilePath)),
-    Block(MacroSetValue_LAYOUTCONFIG, LayoutConfigRecord, SAME),
+    MakeStyleBlock(MacroSetValue_LAYOUTCONFIG, LayoutConfigRecord, SAME),
     // The older spelling of LAYOUTCONFIG USERELATIVEPATHS.
     Bool(MacroSetValue_USERELATIVEPATHSINLAYOUTS, AT(GeneralBase_s, FileConfig.UseRelativePaths)),
-    Block(MacroSetValue_FNAMEEXTENSION, FNameExtensionRecord, AT(GeneralBase_s, FileConfig.FNameExtension)),
-    Block(MacroSetValue_FNAMEFILTER, FNameFilterRecord, SAME),
+    MakeStyleBlock(MacroSetValue_FNAMEEXTENSION, FNameExtensionRecord, AT(GeneralBase_s, FileConfig.FNameExtension)),
+    MakeStyleBlock(MacroSetValue_FNAMEFILTER, FNameFilterRecord, SAME),
     Enum(MacroSetValue_DATAFILEVARLOADMODE, AT(GeneralBase_s, DataFileVarLoadMode)),
     Bool(MacroSetValue_DOAUTOFNAMEEXTENSION, AT(GeneralBase_s, FileConfig.DoAutoFNameExtension)),
     Bool(MacroSetValue_DOAUTOFNAMEEXTENSIONWARNING, AT(GeneralBase_s, FileConfig.DoAutoFNameExtensionWarning)),
     Bool(MacroSetValue_USEMEMORYMAPPEDIO, AT(GeneralBase_s, UseMemoryMappedIO)),
     Long(MacroSetValue_MEMORYMAPPEDIOSIZETHRESHOLD, ZeroAndAboveLgIndexInputSpec, AT(GeneralBase_s, MemoryMappedIOSizeThreshold)),
-    Block(MacroSetValue_LOADONDEMAND, LoadOnDemandRecord, SAME),
+    MakeStyleBlock(MacroSetValue_LOADONDEMAND, LoadOnDemandRecord, SAME),
     Bool(MacroSetValue_ASSIGNSTRANDIDS, AT(GeneralBase_s, AssignStrandIDs)),
     Bool(MacroSetValue_ADDZONESTOEXISTINGSTRANDS, AT(GeneralBase_s, FileConfig.AddZonesToExistingStrands)),
 };
@@ -343,7 +322,7 @@ void *basicColorAt(void *record) {
 }
 template <size_t... N>
 constexpr std::array<StyleField_s, sizeof...(N)> basicColorFields(std::index_sequence<N...>) {
-    return {Block(basicColorRow(int(N)), RGBRecord, &basicColorAt<int(N)>)...};
+    return {MakeStyleBlock(basicColorRow(int(N)), RGBRecord, &basicColorAt<int(N)>)...};
 }
 const std::array<StyleField_s, NumBasicColors> BasicColorFields = basicColorFields(std::make_index_sequence<NumBasicColors>());
 const StyleRecord_s BasicColorRecord{BasicColorFields.data(), BasicColorFields.size()};
@@ -364,8 +343,8 @@ const StyleField_s MouseButtonFields[] = {
 const StyleRecord_s MouseButtonRecord = recordOf(MouseButtonFields);
 
 const StyleField_s MouseActionsFields[] = {
-    Block(MacroSetValue_MIDDLEBUTTON, MouseButtonRecord, AT(GeneralBase_s, Interface.MiddleButton)),
-    Block(MacroSetValue_RIGHTBUTTON, MouseButtonRecord, AT(GeneralBase_s, Interface.RightButton)),
+    MakeStyleBlock(MacroSetValue_MIDDLEBUTTON, MouseButtonRecord, AT(GeneralBase_s, Interface.MiddleButton)),
+    MakeStyleBlock(MacroSetValue_RIGHTBUTTON, MouseButtonRecord, AT(GeneralBase_s, Interface.RightButton)),
 };
 const StyleRecord_s MouseActionsRecord = recordOf(MouseActionsFields);
 
@@ -442,8 +421,8 @@ const StyleField_s OpenGLConfigFields[] = {
     Bool(MacroSetValue_RUNDISPLAYLISTSAFTERBUILDING, AT(OpenGLConfig_s, RunDisplayListsAfterBuilding)),
     Bool(MacroSetValue_INCLUDEBACKBUFFERDURINGFRONTBUFFERDRAWS, AT(OpenGLConfig_s, IncludeBackBufferDuringFrontBufferDraws)),
     Double(MacroSetValue_MAXIMAGEFILTERMAGNIFICATION, AboveZeroDoubleInputSpec, AT(OpenGLConfig_s, MaxImageFilterMagnification)),
-    Block(MacroSetValue_SCREENRENDERING, OpenGLRenderingRecord, AT(OpenGLConfig_s, ScreenRendering)),
-    Block(MacroSetValue_IMAGERENDERING, OpenGLRenderingRecord, AT(OpenGLConfig_s, ImageRendering)),
+    MakeStyleBlock(MacroSetValue_SCREENRENDERING, OpenGLRenderingRecord, AT(OpenGLConfig_s, ScreenRendering)),
+    MakeStyleBlock(MacroSetValue_IMAGERENDERING, OpenGLRenderingRecord, AT(OpenGLConfig_s, ImageRendering)),
 };
 const StyleRecord_s OpenGLConfigRecord = recordOf(OpenGLConfigFields);
 
@@ -478,7 +457,7 @@ const StyleField_s InterfaceFields[] = {
     Bool(MacroSetValue_SECURESPOOLCOMMANDS, IN_INTERFACE(SecureSpoolCommands)),
     Bool(MacroSetValue_OKTOEXECUTESYSTEMCOMMAND, AT(GeneralBase_s, OkToExecuteSystemCommand)),
     Bool(MacroSetValue_SHOWWAITDIALOGS, IN_INTERFACE(ShowWaitDialogs)),
-    Block(MacroSetValue_MOUSEACTIONS, MouseActionsRecord, SAME),
+    MakeStyleBlock(MacroSetValue_MOUSEACTIONS, MouseActionsRecord, SAME),
     Int(MacroSetValue_MAXNUMUNDOLEVELS, ZeroAndAboveLgIndexInputSpec, AT(GeneralBase_s, NumUndoLevels)),
     Int(MacroSetValue_NUMMOUSEBUTTONS, NumMouseButtonsInputSpec, IN_INTERFACE(NumMouseButtons)),
     Enum(MacroSetValue_QUICKCOLORMODE, IN_INTERFACE(QuickColorMode)),
@@ -510,11 +489,11 @@ const StyleField_s InterfaceFields[] = {
     Bool(MacroSetValue_ALLOWDATAPOINTADJUST, IN_INTERFACE(AllowDataPointAdjust)),
     Bool(MacroSetValue_USEORVANEXPRINTDRIVERS, IN_INTERFACE(UseOrvanexPrintDrivers)),
     Enum(MacroSetValue_SCRBACKGROUNDCOLOR, IN_INTERFACE(ScrBackgroundColor)),
-    Block(MacroSetValue_TRANSLATION, TranslationRecord, IN_INTERFACE(Translation)),
-    Block(MacroSetValue_SCALE, ScaleRecord, SAME),
-    Block(MacroSetValue_ROTATION, RotationRecord, IN_INTERFACE(Rotation)),
-    Block(MacroSetValue_DATA, InterfaceDataRecord, SAME),
-    Block(MacroSetValue_OPENGLCONFIG, OpenGLConfigRecord, IN_INTERFACE(OpenGLConfig)),
+    MakeStyleBlock(MacroSetValue_TRANSLATION, TranslationRecord, IN_INTERFACE(Translation)),
+    MakeStyleBlock(MacroSetValue_SCALE, ScaleRecord, SAME),
+    MakeStyleBlock(MacroSetValue_ROTATION, RotationRecord, IN_INTERFACE(Rotation)),
+    MakeStyleBlock(MacroSetValue_DATA, InterfaceDataRecord, SAME),
+    MakeStyleBlock(MacroSetValue_OPENGLCONFIG, OpenGLConfigRecord, IN_INTERFACE(OpenGLConfig)),
     Enum(MacroSetValue_INITIALFIELDPROBEDIALOGPAGE, IN_INTERFACE(InitialFieldProbeDialogPage)),
 };
 #undef IN_INTERFACE
@@ -539,13 +518,13 @@ SIZE_LIST(FrameTextSizes, FrameTextSizeInputSpec);
 #undef SIZE_LIST
 
 const StyleField_s BasicSizeFields[] = {
-    Block(MacroSetValue_LINETHICKNESSES, LineThicknessSizesRecord, AT(BasicSize_s, LineThicknesses)),
-    Block(MacroSetValue_TICKLENGTHS, FrameSizesRecord, AT(BasicSize_s, TickLengths)),
-    Block(MacroSetValue_SYMBOLSIZES, FrameSizesRecord, AT(BasicSize_s, SymbolSizes)),
-    Block(MacroSetValue_LINEPATLENGTHS, FrameSizesRecord, AT(BasicSize_s, LinePatLengths)),
-    Block(MacroSetValue_ARROWHEADSIZES, FrameSizesRecord, AT(BasicSize_s, ArrowheadSizes)),
-    Block(MacroSetValue_POINTTEXTSIZES, PointTextSizesRecord, AT(BasicSize_s, PointTextSizes)),
-    Block(MacroSetValue_FRAMETEXTSIZES, FrameTextSizesRecord, AT(BasicSize_s, FrameTextSizes)),
+    MakeStyleBlock(MacroSetValue_LINETHICKNESSES, LineThicknessSizesRecord, AT(BasicSize_s, LineThicknesses)),
+    MakeStyleBlock(MacroSetValue_TICKLENGTHS, FrameSizesRecord, AT(BasicSize_s, TickLengths)),
+    MakeStyleBlock(MacroSetValue_SYMBOLSIZES, FrameSizesRecord, AT(BasicSize_s, SymbolSizes)),
+    MakeStyleBlock(MacroSetValue_LINEPATLENGTHS, FrameSizesRecord, AT(BasicSize_s, LinePatLengths)),
+    MakeStyleBlock(MacroSetValue_ARROWHEADSIZES, FrameSizesRecord, AT(BasicSize_s, ArrowheadSizes)),
+    MakeStyleBlock(MacroSetValue_POINTTEXTSIZES, PointTextSizesRecord, AT(BasicSize_s, PointTextSizes)),
+    MakeStyleBlock(MacroSetValue_FRAMETEXTSIZES, FrameTextSizesRecord, AT(BasicSize_s, FrameTextSizes)),
 };
 const StyleRecord_s BasicSizeRecord = recordOf(BasicSizeFields);
 
@@ -572,8 +551,8 @@ const StyleField_s DefaultTextFields[] = {
     Bool(MacroSetValue_ATTACHTOZONE, AT(TextStyle_s, AttachToZone)),
     EntIndex(MacroSetValue_ZONE, AT(TextStyle_s, Zone)),
     Enum(MacroSetValue_COLOR, AT(TextStyle_s, Color)),
-    Block(MacroSetValue_TEXTSHAPE, TextShapeRecord, SAME),
-    Block(MacroSetValue_BOX, TextBoxRecord, SAME),
+    MakeStyleBlock(MacroSetValue_TEXTSHAPE, TextShapeRecord, SAME),
+    MakeStyleBlock(MacroSetValue_BOX, TextBoxRecord, SAME),
     Double(MacroSetValue_ANGLE, TextAngleInputSpec, AT(TextStyle_s, Angle)),
     Enum(MacroSetValue_ANCHOR, AT(TextStyle_s, Anchor)),
     Double(MacroSetValue_LINESPACING, AboveZeroDoubleInputSpec, AT(TextStyle_s, LineSpacing)),
@@ -633,8 +612,8 @@ const StyleField_s FrameSetupFields[] = {
     Double(MacroSetValue_INITIAL3DSCALE, AboveZeroDoubleInputSpec, AT(FrameSetup_s, Initial3DScale)),
     Bool(MacroSetValue_FITINITIALFRAMETOWORKSPACE, AT(FrameSetup_s, FitInitialFrameToWorkspace)),
     Bool(MacroSetValue_USECOMMONSORTSTACK, AT(FrameSetup_s, UseCommonSortStack)),
-    Block(MacroSetValue_DEFAULT2DSTREAMTRACE, DefaultStreamtraceRecord, AT(FrameSetup_s, Default2DStreamtrace)),
-    Block(MacroSetValue_DEFAULT3DSTREAMTRACE, DefaultStreamtraceRecord, AT(FrameSetup_s, Default3DStreamtrace)),
+    MakeStyleBlock(MacroSetValue_DEFAULT2DSTREAMTRACE, DefaultStreamtraceRecord, AT(FrameSetup_s, Default2DStreamtrace)),
+    MakeStyleBlock(MacroSetValue_DEFAULT3DSTREAMTRACE, DefaultStreamtraceRecord, AT(FrameSetup_s, Default3DStreamtrace)),
     Int(MacroSetValue_NUMSTREAMRAKEPOINTS, AboveZeroSmIntegerInputSpec, AT(FrameSetup_s, NumStreamRakePoints)),
     Double(MacroSetValue_RODRIBBONDEFLEN, FrameSizeInputSpec, AT(FrameSetup_s, RodRibbonDefLen)),
 };
@@ -659,8 +638,8 @@ const StyleRecord_s GlobalFrameRecord = recordOf(GlobalFrameFields);
 
 const StyleField_s ControlPointFields[] = {
     Double(MacroSetValue_COLORMAPFRACTION, ZeroToOneInputSpec, AT(ColorMapControlPoint_s, Location)),
-    Block(MacroSetValue_LEADRGB, RGBRecord, AT(ColorMapControlPoint_s, LeadRGB)),
-    Block(MacroSetValue_TRAILRGB, RGBRecord, AT(ColorMapControlPoint_s, TrailRGB)),
+    MakeStyleBlock(MacroSetValue_LEADRGB, RGBRecord, AT(ColorMapControlPoint_s, LeadRGB)),
+    MakeStyleBlock(MacroSetValue_TRAILRGB, RGBRecord, AT(ColorMapControlPoint_s, TrailRGB)),
 };
 const StyleRecord_s ControlPointRecord = recordOf(ControlPointFields);
 
@@ -672,18 +651,18 @@ void *controlPointAt(void *record, int number) {
 
 const StyleField_s ColorMapBandFields[] = {
     Int(MacroSetValue_NUMCONTROLPOINTS, ControlPointCountInputSpec, AT(ColorMapBand_s, NumControlPoints)),
-    Numbered(MacroSetValue_CONTROLPOINT, ControlPointRecord, controlPointAt, "Invalid color map control point"),
+    MakeStyleNumberedBlock(MacroSetValue_CONTROLPOINT, ControlPointRecord, controlPointAt, "Invalid color map control point"),
 };
 const StyleRecord_s ColorMapBandRecord = recordOf(ColorMapBandFields);
 
 const StyleField_s ColorMapFields[] = {
     Enum(MacroSetValue_CONTOURCOLORMAP, AT(ColorMap_s, ContourColorMap)),
-    Block(MacroSetValue_TWOCOLOR, ColorMapBandRecord, AT(ColorMap_s, TwoColor)),
-    Block(MacroSetValue_SMRAINBOW, ColorMapBandRecord, AT(ColorMap_s, SmRainbow)),
-    Block(MacroSetValue_LGRAINBOW, ColorMapBandRecord, AT(ColorMap_s, LgRainbow)),
-    Block(MacroSetValue_MODERN, ColorMapBandRecord, AT(ColorMap_s, Modern)),
-    Block(MacroSetValue_GRAYSCALE, ColorMapBandRecord, AT(ColorMap_s, GrayScale)),
-    Block(MacroSetValue_USERDEFINED, ColorMapBandRecord, AT(ColorMap_s, UserDefined)),
+    MakeStyleBlock(MacroSetValue_TWOCOLOR, ColorMapBandRecord, AT(ColorMap_s, TwoColor)),
+    MakeStyleBlock(MacroSetValue_SMRAINBOW, ColorMapBandRecord, AT(ColorMap_s, SmRainbow)),
+    MakeStyleBlock(MacroSetValue_LGRAINBOW, ColorMapBandRecord, AT(ColorMap_s, LgRainbow)),
+    MakeStyleBlock(MacroSetValue_MODERN, ColorMapBandRecord, AT(ColorMap_s, Modern)),
+    MakeStyleBlock(MacroSetValue_GRAYSCALE, ColorMapBandRecord, AT(ColorMap_s, GrayScale)),
+    MakeStyleBlock(MacroSetValue_USERDEFINED, ColorMapBandRecord, AT(ColorMap_s, UserDefined)),
 };
 const StyleRecord_s ColorMapRecord = recordOf(ColorMapFields);
 
@@ -729,24 +708,24 @@ const StyleRecord_s GlobalLinkingRecord = recordOf(GlobalLinkingFields);
 // ---- the root ----
 
 const StyleField_s GeneralStyleFields[] = {
-    Block(MacroSetValue_PAPER, PaperRecord, AT(GeneralBase_s, Paper)),
-    Block(MacroSetValue_PRINTSETUP, PrintSetupRecord, SAME),
-    Block(MacroSetValue_EXPORTSETUP, ExportSetupRecord, SAME),
-    Block(MacroSetValue_FILECONFIG, FileConfigRecord, SAME),
-    Block(MacroSetValue_BASICCOLOR, BasicColorRecord, SAME),
-    Block(MacroSetValue_INTERFACE, InterfaceRecord, SAME),
-    Block(MacroSetValue_BASICSIZE, BasicSizeRecord, AT(GeneralBase_s, BasicSize)),
-    Block(MacroSetValue_DEFAULTGEOM, DefaultGeomRecord, AT(GeneralBase_s, DefaultGeom)),
-    Block(MacroSetValue_DEFAULTTEXT, DefaultTextRecord, AT(GeneralBase_s, DefaultText)),
-    Block(MacroSetValue_FONTADJUST, FontAdjustRecord, AT(GeneralBase_s, FontAdjust)),
-    Block(MacroSetValue_FRAMESETUP, FrameSetupRecord, AT(GeneralBase_s, FrameSetup)),
-    Numbered(MacroSetValue_GLOBALCOLORMAP, ColorMapRecord, colorMapGroupAt,
+    MakeStyleBlock(MacroSetValue_PAPER, PaperRecord, AT(GeneralBase_s, Paper)),
+    MakeStyleBlock(MacroSetValue_PRINTSETUP, PrintSetupRecord, SAME),
+    MakeStyleBlock(MacroSetValue_EXPORTSETUP, ExportSetupRecord, SAME),
+    MakeStyleBlock(MacroSetValue_FILECONFIG, FileConfigRecord, SAME),
+    MakeStyleBlock(MacroSetValue_BASICCOLOR, BasicColorRecord, SAME),
+    MakeStyleBlock(MacroSetValue_INTERFACE, InterfaceRecord, SAME),
+    MakeStyleBlock(MacroSetValue_BASICSIZE, BasicSizeRecord, AT(GeneralBase_s, BasicSize)),
+    MakeStyleBlock(MacroSetValue_DEFAULTGEOM, DefaultGeomRecord, AT(GeneralBase_s, DefaultGeom)),
+    MakeStyleBlock(MacroSetValue_DEFAULTTEXT, DefaultTextRecord, AT(GeneralBase_s, DefaultText)),
+    MakeStyleBlock(MacroSetValue_FONTADJUST, FontAdjustRecord, AT(GeneralBase_s, FontAdjust)),
+    MakeStyleBlock(MacroSetValue_FRAMESETUP, FrameSetupRecord, AT(GeneralBase_s, FrameSetup)),
+    MakeStyleNumberedBlock(MacroSetValue_GLOBALCOLORMAP, ColorMapRecord, colorMapGroupAt,
              "Invalid group number specified in $!GLOBALCOLORMAP command."),
-    Block(MacroSetValue_LIMITS, LimitsRecord, SAME),
-    Block(MacroSetValue_COMPATIBILITY, CompatibilityRecord, SAME),
-    Block(MacroSetValue_DATASETUP, DataSetupRecord, AT(GeneralBase_s, DataSetup)),
-    Block(MacroSetValue_GLOBALFRAME, GlobalFrameRecord, AT(GeneralBase_s, GlobalFrame)),
-    Block(MacroSetValue_GLOBALLINKING, GlobalLinkingRecord, SAME),
+    MakeStyleBlock(MacroSetValue_LIMITS, LimitsRecord, SAME),
+    MakeStyleBlock(MacroSetValue_COMPATIBILITY, CompatibilityRecord, SAME),
+    MakeStyleBlock(MacroSetValue_DATASETUP, DataSetupRecord, AT(GeneralBase_s, DataSetup)),
+    MakeStyleBlock(MacroSetValue_GLOBALFRAME, GlobalFrameRecord, AT(GeneralBase_s, GlobalFrame)),
+    MakeStyleBlock(MacroSetValue_GLOBALLINKING, GlobalLinkingRecord, SAME),
 };
 
 #undef AT

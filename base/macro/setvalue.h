@@ -160,6 +160,31 @@ struct StyleRecord_s {
     size_t NumFields;
 };
 
+// Builders of table rows: a value of a kind, a block whose rows live in the record the target
+// gives, and a block that a number written behind its row selects.
+constexpr StyleField_s MakeStyleField(int row, StyleFieldKind_e kind, const InputSpecs_s *rules,
+                                      void *(*target)(void *record)) {
+    StyleField_s entry{};
+    entry.Row = row;
+    entry.Kind = kind;
+    entry.Spec = rules;
+    entry.Target = target;
+    return entry;
+}
+constexpr StyleField_s MakeStyleBlock(int row, const StyleRecord_s &sub, void *(*target)(void *record)) {
+    StyleField_s entry = MakeStyleField(row, StyleField_Block, nullptr, target);
+    entry.Sub = &sub;
+    return entry;
+}
+constexpr StyleField_s MakeStyleNumberedBlock(int row, const StyleRecord_s &sub, void *(*element)(void *record, int number),
+                                              const char *message) {
+    StyleField_s entry = MakeStyleField(row, StyleField_NumberedBlock, nullptr, nullptr);
+    entry.Sub = &sub;
+    entry.Element = element;
+    entry.BadNumberMessage = message;
+    return entry;
+}
+
 // Sets the value at path[depth...] of a record: path[depth] is a row of the record's table (or
 // of a record spliced into it); a block takes the rest of the path, a numbered block the number
 // in the next entry first. path[0] names the command in messages.

@@ -55,63 +55,42 @@ using Target_pf = void *(*)(void *record);
 // The target of a row whose value, or whose block, is the record itself.
 void *self(void *record) { return record; }
 
-// A row of a kind; the ones below fill in what the other kinds need.
-constexpr StyleField_s field(int row, StyleFieldKind_e kind, const InputSpecs_s *rules, Target_pf target) {
-    StyleField_s entry{};
-    entry.Row = row;
-    entry.Kind = kind;
-    entry.Spec = rules;
-    entry.Target = target;
-    return entry;
-}
-constexpr StyleField_s block(int row, const StyleRecord_s &sub, Target_pf target) {
-    StyleField_s entry = field(row, StyleField_Block, nullptr, target);
-    entry.Sub = &sub;
-    return entry;
-}
-constexpr StyleField_s numbered(int row, const StyleRecord_s &sub, void *(*element)(void *, int), const char *message) {
-    StyleField_s entry = field(row, StyleField_NumberedBlock, nullptr, nullptr);
-    entry.Sub = &sub;
-    entry.Element = element;
-    entry.BadNumberMessage = message;
-    return entry;
-}
 // A text height: its rules are those of the units the shape is sized in, and no others.
 constexpr StyleField_s textHeight(int row, Target_pf target) {
-    StyleField_s entry = field(row, StyleField_Double, nullptr, target);
+    StyleField_s entry = MakeStyleField(row, StyleField_Double, nullptr, target);
     entry.AdjustSpec = FrameTextHeightRules;
     return entry;
 }
 constexpr StyleField_s computed(int row, const InputSpecs_s &rules, Target_pf target, double (*read)(const void *),
                                 bool (*store)(void *, double, const InputSpecs_s &)) {
-    StyleField_s entry = field(row, StyleField_Double, &rules, target);
+    StyleField_s entry = MakeStyleField(row, StyleField_Double, &rules, target);
     entry.Read = read;
     entry.Store = store;
     return entry;
 }
 
 #define LOC(member) [](void *record) -> void * { return &static_cast<REC *>(record)->member; }
-#define BOOLROW(row, member) field(MacroSetValue_##row, StyleField_Bool, nullptr, LOC(member))
-#define ENUMROW(row, member) field(MacroSetValue_##row, StyleField_Enum, nullptr, LOC(member))
-#define INTROW(row, rules, member) field(MacroSetValue_##row, StyleField_Int, &rules, LOC(member))
-#define DBLROW(row, rules, member) field(MacroSetValue_##row, StyleField_Double, &rules, LOC(member))
-#define STRROW(row, member) field(MacroSetValue_##row, StyleField_String, nullptr, LOC(member))
+#define BOOLROW(row, member) MakeStyleField(MacroSetValue_##row, StyleField_Bool, nullptr, LOC(member))
+#define ENUMROW(row, member) MakeStyleField(MacroSetValue_##row, StyleField_Enum, nullptr, LOC(member))
+#define INTROW(row, rules, member) MakeStyleField(MacroSetValue_##row, StyleField_Int, &rules, LOC(member))
+#define DBLROW(row, rules, member) MakeStyleField(MacroSetValue_##row, StyleField_Double, &rules, LOC(member))
+#define STRROW(row, member) MakeStyleField(MacroSetValue_##row, StyleField_String, nullptr, LOC(member))
 #define TEXTHEIGHTROW(row, member) textHeight(MacroSetValue_##row, LOC(member))
 #define COMPUTEDROW(row, rules, read, store) computed(MacroSetValue_##row, rules, self, read, store)
 #define COMPUTEDMEMBERROW(row, rules, member, read, store) \
     computed(MacroSetValue_##row, rules, LOC(member), read, store)
-#define SUBROW(row, member, table) block(MacroSetValue_##row, table, LOC(member))
-#define SELFROW(row, table) block(MacroSetValue_##row, table, self)
+#define SUBROW(row, member, table) MakeStyleBlock(MacroSetValue_##row, table, LOC(member))
+#define SELFROW(row, table) MakeStyleBlock(MacroSetValue_##row, table, self)
 // A block behind a number from 1 to count; Element refuses the others.
 #define NUMSUBROW(row, member, table, count, message)                                          \
-    numbered(MacroSetValue_##row, table,                                                       \
+    MakeStyleNumberedBlock(MacroSetValue_##row, table,                                                       \
              [](void *record, int n) -> void * {                                               \
                  if (n < 1 || n > (count)) return nullptr;                                     \
                  return &static_cast<REC *>(record)->member[n - 1];                            \
              },                                                                                \
              message)
 // A block without a row of its own: its rows stand in the block of the record.
-#define SPLICEROW(member, table) block(-1, table, LOC(member))
+#define SPLICEROW(member, table) MakeStyleBlock(-1, table, LOC(member))
 #define TABLE(name) const StyleRecord_s name##Table{name##Rows, std::size(name##Rows)}
 
 // -- shared sub-records --
