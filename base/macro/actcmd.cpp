@@ -15,6 +15,7 @@
 #include "base/kernel/strlist.h"
 #include "base/kernel/strutil.h"
 #include "base/macro/dataactions.h"
+#include "base/macro/plotactions.h"
 #include "base/macro/macro1.h"
 #include "base/macro/setvalue.h"
 #include "base/macro/vocab.h"
@@ -399,6 +400,11 @@ bool handleInternal(const ActionCommand_s &cmd) {
             std::string word = text.substr(start, end == std::string::npos ? std::string::npos : end - start);
             start = end == std::string::npos ? text.size() : end + 1;
             if (word.empty()) continue;
+            // A number: a group, map, zone or detail number in the path.
+            if (word.find_first_not_of("0123456789") == std::string::npos) {
+                path[depth++] = std::stoi(word);
+                continue;
+            }
             MacroToken_e token;
             int row;
             if (!IdentifyMacroCommandString(word.c_str(), &token, &row) || token != MacroToken_SetValue)
@@ -416,6 +422,18 @@ bool handleInternal(const ActionCommand_s &cmd) {
             shown = buffer;
         } else if (kind == SetValueKind_Word || kind == SetValueKind_Text || kind == SetValueKind_Char) {
             shown = reinterpret_cast<const char *>(arg);
+        } else if (kind == SetValueKind_Set) {
+            // One-based members, runs joined: [1-3,5].
+            const Set_a *set = reinterpret_cast<const Set_a *>(arg);
+            shown = "[";
+            for (SetIndex_t m = set != nullptr ? GetNextMember(set, -1) : -1; m >= 0;) {
+                SetIndex_t last = m;
+                while (GetNextMember(set, last) == last + 1) last++;
+                if (shown.size() > 1) shown += ",";
+                shown += std::to_string(m + 1) + (last > m ? "-" + std::to_string(last + 1) : "");
+                m = GetNextMember(set, last);
+            }
+            shown += "]";
         } else if (kind >= SetValueKind_FirstEnumSet) {
             if (!GetEnumText(int(arg), path[depth - 1], false, &shown)) shown = std::to_string(long(arg));
         } else {
@@ -496,6 +514,7 @@ ActionHandler_pf handlerOf(int action) {
     for (const ActionHandler_s &entry : ActionHandlers)
         if (entry.Action == action) return entry.Handler;
     if (ActionHandler_pf handler = FindDataActionHandler(action)) return handler;
+    if (ActionHandler_pf handler = FindPlotActionHandler(action)) return handler;
     return notYet;
 }
 

@@ -18,7 +18,10 @@
 #include "base/macro/actcmd.h"
 #include "base/macro/macro1.h"
 #include "base/macro/macrocomp.h"
+#include "base/plot/fieldmap.h"
 #include "base/plot/frame.h"
+#include "base/plot/linemap.h"
+#include "base/plot/view.h"
 #include "base/plot/solntime.h"
 
 namespace {
@@ -285,6 +288,88 @@ int plotTypeNumber(PlotType_e type) {
     }
 }
 
+// The axis detail that a letter names in the current frame's plot type, or null.
+const AxisDetail_s *axisDetailOf(char letter) {
+    if (CurFrame == nullptr) return nullptr;
+    const FrameStyle_s &style = CurFrame->Style;
+    switch (CurFrame->PlotType) {
+    case PlotType_Cartesian3D:
+        return letter == 'X' ? &style.ThreeDAxis.XDetail : letter == 'Y' ? &style.ThreeDAxis.YDetail
+                             : letter == 'Z' ? &style.ThreeDAxis.ZDetail : nullptr;
+    case PlotType_Cartesian2D:
+        return letter == 'X' ? &style.TwoDAxis.XDetail : letter == 'Y' ? &style.TwoDAxis.YDetail : nullptr;
+    case PlotType_PolarLine:
+        return letter == 'A' ? &style.PolarAxis.ThetaDetail : letter == 'R' ? &style.PolarAxis.RDetail : nullptr;
+    case PlotType_XYLine: {
+        // The lowest numbered axis that a shown map uses.
+        const Set_a *active = CurFrame->ActiveLineMaps;
+        int lowest = MaxXYLineAxes;
+        for (SetIndex_t m = active != nullptr ? GetNextMember(active, -1) : -1; m >= 0; m = GetNextMember(active, m))
+            if (IsValidLineMap(CurFrame, int(m))) {
+                const LineMapAssign_s &assign = CurFrame->LineMapAttributes[size_t(m)]->Style.Assign;
+                lowest = std::min(lowest, letter == 'X' ? assign.XAxis : assign.YAxis);
+            }
+        if (lowest == MaxXYLineAxes) lowest = 0;
+        return letter == 'X' ? &style.XYLineAxis.XDetail[lowest] : letter == 'Y' ? &style.XYLineAxis.YDetail[lowest] : nullptr;
+    }
+    default: return nullptr;
+    }
+}
+
+IntrinsicResult_e axisRange(const IntrinsicContext_s &c, bool wantMax) {
+    if (!c.plain()) return c.noSubscript();
+    const AxisDetail_s *detail = axisDetailOf(c.Ref.Name.back());
+    if (detail == nullptr) return c.fail(Intrinsic_Syntax, "Axis variable not defined.");
+    return c.number(wantMax ? detail->RangeMax : detail->RangeMin);
+}
+
+// The range of the variable on an axis role: in a line plot that of the first shown map.
+IntrinsicResult_e roleRange(const IntrinsicContext_s &c, bool wantMax) {
+    if (!c.plain()) return c.noSubscript();
+    if (c.dataSet() == nullptr) return c.needsDataSet();
+    char letter = c.Ref.Name.back();
+    int var = -1;
+    if (CurFrame->PlotType == PlotType_XYLine || CurFrame->PlotType == PlotType_PolarLine) {
+        const Set_a *active = CurFrame->ActiveLineMaps;
+        SetIndex_t m = active != nullptr ? GetNextMember(active, -1) : -1;
+        if (m >= 0 && IsValidLineMap(CurFrame, int(m))) {
+            const LineMapAssign_s &assign = CurFrame->LineMapAttributes[size_t(m)]->Style.Assign;
+            bool polar = CurFrame->PlotType == PlotType_PolarLine;
+            if (letter == (polar ? 'A' : 'X')) var = assign.XAxisVar;
+            if (letter == (polar ? 'R' : 'Y')) var = assign.YAxisVar;
+        }
+    } else if (const AxisDetail_s *detail = axisDetailOf(letter)) {
+        var = detail->VarNum;
+    }
+    if (var < 0) return c.fail(Intrinsic_Syntax, "Internal variable not defined.");
+    double min, max;
+    GetNativeVarMinMax(CurFrame, EntIndex_t(var), &min, &max);
+    return c.number(wantMax ? max : min);
+}
+
+// The zone of the first shown map: a field map's first zone, a line map's zone.
+EntIndex_t firstActiveMapZone(DataSet_s *dataSet) {
+    Frame_s *frame = CurFrame;
+    if (frame->PlotType == PlotType_XYLine || frame->PlotType == PlotType_PolarLine) {
+        const Set_a *active = frame->ActiveLineMaps;
+        SetIndex_t m = active != nullptr ? GetNextMember(active, -1) : -1;
+        if (m >= 0 && IsValidLineMap(frame, int(m))) return EntIndex_t(frame->LineMapAttributes[size_t(m)]->Style.Assign.Zone);
+    } else if (const Set_a *zones = GetActiveFieldZones(frame); zones != nullptr && !IsEmpty(zones)) {
+        return EntIndex_t(GetNextMember(zones, -1));
+    }
+    return EntIndex_t(GetNextMember(dataSet->EnabledZones, -1));
+}
+
+IntrinsicResult_e maxIndex(const IntrinsicContext_s &c, int which) {
+    if (!c.plain()) return c.noSubscript();
+    if (c.dataSet() == nullptr) return c.needsDataSet();
+    EntIndex_t zone = firstActiveMapZone(c.dataSet());
+    if (zone < 0 || zone >= c.dataSet()->NumZones) return c.number(0);
+    LgIndex_t ijk[3];
+    GetZoneIndices(c.dataSet(), zone, &ijk[0], &ijk[1], &ijk[2]);
+    return c.number(ijk[which]);
+}
+
 IntrinsicResult_e auxItem(const IntrinsicContext_s &c, const AuxData_s *aux, const char *owner) {
     ArbParam_t value;
     AuxDataType_e type;
@@ -333,6 +418,8 @@ struct Intrinsic_s {
         DataSet_s *dataSet = c.dataSet();                            \
         __VA_ARGS__;                                                        \
     }
+#define AXIS_RANGE(wantMax) [](const IntrinsicContext_s &c) { return axisRange(c, wantMax); }
+#define ROLE_RANGE(wantMax) [](const IntrinsicContext_s &c) { return roleRange(c, wantMax); }
 // Values of parts of the system that this build does not have yet.
 #define LATER [](const IntrinsicContext_s &c) -> IntrinsicResult_e { return c.fail(Intrinsic_NotAvailable, c.Ref.Name + " is not available."); }
 
@@ -350,22 +437,24 @@ const Intrinsic_s Intrinsics[] = {
     {"BYTEORDERING", PLAIN(return c.found("INTEL"))},
     {"ORVANEXVERSION", PLAIN(return c.number(110))},
     {"ISDATASETAVAILABLE", PLAIN(return c.number(c.dataSet() != nullptr ? 1 : 0))},
-    {"NUMXYMAPS", LATER},
-    {"NUMLINEMAPS", LATER},
+    {"NUMXYMAPS", PLAIN(return c.number(NumLineMaps(CurFrame)))},
+    {"NUMLINEMAPS", PLAIN(return c.number(NumLineMaps(CurFrame)))},
     {"NUMZONES", WITH_DATA(return c.number(dataSet->NumZones))},
     {"NUMVARS", WITH_DATA(return c.number(dataSet->NumVars))},
-    {"AXISMINX", LATER}, {"AXISMINY", LATER}, {"AXISMINZ", LATER}, {"AXISMINR", LATER}, {"AXISMINA", LATER},
-    {"AXISMAXX", LATER}, {"AXISMAXY", LATER}, {"AXISMAXZ", LATER}, {"AXISMAXR", LATER}, {"AXISMAXA", LATER},
+    {"AXISMINX", AXIS_RANGE(false)}, {"AXISMINY", AXIS_RANGE(false)}, {"AXISMINZ", AXIS_RANGE(false)},
+    {"AXISMINR", AXIS_RANGE(false)}, {"AXISMINA", AXIS_RANGE(false)},
+    {"AXISMAXX", AXIS_RANGE(true)}, {"AXISMAXY", AXIS_RANGE(true)}, {"AXISMAXZ", AXIS_RANGE(true)},
+    {"AXISMAXR", AXIS_RANGE(true)}, {"AXISMAXA", AXIS_RANGE(true)},
     {"MINVAR", [](const IntrinsicContext_s &c) { return minMaxVar(c, false); }},
     {"MAXVAR", [](const IntrinsicContext_s &c) { return minMaxVar(c, true); }},
-    {"MINX", LATER}, {"MINY", LATER}, {"MINZ", LATER}, {"MAXX", LATER}, {"MAXY", LATER}, {"MAXZ", LATER},
-    {"MINA", LATER}, {"MINR", LATER}, {"MAXA", LATER}, {"MAXR", LATER}, {"MINU", LATER}, {"MINV", LATER},
+    {"MINX", ROLE_RANGE(false)}, {"MINY", ROLE_RANGE(false)}, {"MINZ", ROLE_RANGE(false)}, {"MAXX", ROLE_RANGE(true)},
+    {"MAXY", ROLE_RANGE(true)}, {"MAXZ", ROLE_RANGE(true)}, {"MINA", ROLE_RANGE(false)}, {"MINR", ROLE_RANGE(false)},
+    {"MAXA", ROLE_RANGE(true)}, {"MAXR", ROLE_RANGE(true)}, {"MINU", LATER}, {"MINV", LATER},
     {"MINW", LATER}, {"MAXU", LATER}, {"MAXV", LATER}, {"MAXW", LATER}, {"MINB", LATER}, {"MAXB", LATER},
     {"MINC", LATER}, {"MAXC", LATER}, {"MINS", LATER}, {"MAXS", LATER},
-    // The zone that stands first until field maps decide which one is active.
-    {"MAXI", WITH_DATA(LgIndex_t i, j, k; GetZoneIndices(dataSet, EntIndex_t(GetNextMember(dataSet->EnabledZones, -1)), &i, &j, &k); return c.number(i))},
-    {"MAXJ", WITH_DATA(LgIndex_t i, j, k; GetZoneIndices(dataSet, EntIndex_t(GetNextMember(dataSet->EnabledZones, -1)), &i, &j, &k); return c.number(j))},
-    {"MAXK", WITH_DATA(LgIndex_t i, j, k; GetZoneIndices(dataSet, EntIndex_t(GetNextMember(dataSet->EnabledZones, -1)), &i, &j, &k); return c.number(k))},
+    {"MAXI", [](const IntrinsicContext_s &c) { return maxIndex(c, 0); }},
+    {"MAXJ", [](const IntrinsicContext_s &c) { return maxIndex(c, 1); }},
+    {"MAXK", [](const IntrinsicContext_s &c) { return maxIndex(c, 2); }},
     {"PRIMARYSLICEPOS", LATER}, {"STARTSLICEPOS", LATER}, {"ENDSLICEPOS", LATER}, {"SLICEPLANETYPE", LATER},
     {"LOOP", PLAIN(LgIndex_t current; if (!MacroLoopCurrent(&current)) return c.syntax("%s value is undefined outside of a loop."); return c.number(double(current)))},
     {"MACROFILEPATH", PLAIN(return c.found(MacroFilePath()))},

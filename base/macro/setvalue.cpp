@@ -10,6 +10,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <memory>
+#include <string>
 #include <vector>
 
 #include "base/kernel/alloc.h"
@@ -24,6 +26,8 @@
 #include "base/plot/framestyle.h"
 #include "base/kernel/undo.h"
 #include "base/macro/macrorec.h"
+#include "base/plot/fieldmap.h"
+#include "base/plot/linemap.h"
 #include "base/plot/solntime.h"
 
 StyleBase_e FrameStyleBase = StyleBase_Config;
@@ -92,6 +96,9 @@ std::string GetOutOfRangeErrMsgString(const InputSpecs_s &rules) {
 namespace {
 
 std::string LastSetValueError;
+// The set of zones or maps a map-style command names, for the length of the command; null for
+// the shown ones.
+const Set_a *SetValueModifierSet = nullptr;
 int SetValueBlockDepth = 0;
 bool SetValueBlockChanged = false;
 int SetValueBlockRow = -1;
@@ -558,18 +565,119 @@ bool normalizePath(const int path[7], int normalized[7]) {
 
 // Frame values that need more than a store: handled by name below.
 bool isFrameSpecial(const int path[7]) {
-    return (path[0] == MacroSetValue_FRAMENAME && path[1] == -1) ||
-           (path[0] == MacroSetValue_GLOBALTIME && path[1] == MacroSetValue_SOLUTIONTIME && path[2] == -1);
+    int row = path[0];
+    bool plain = path[1] == -1;
+    return (plain && (row == MacroSetValue_FRAMENAME || row == MacroSetValue_PLOTTYPE || row == MacroSetValue_FRAMEMODE ||
+                      row == MacroSetValue_ACTIVEFIELDMAPS || row == MacroSetValue_ACTIVEFIELDZONES ||
+                      row == MacroSetValue_ACTIVELINEMAPS || row == MacroSetValue_ACTIVEXYMAPS)) ||
+           (row == MacroSetValue_GLOBALTIME && path[1] == MacroSetValue_SOLUTIONTIME && path[2] == -1);
+}
+
+// The shown maps of a frame, or the zones of its shown field maps, as the set rows name them.
+Set_a **activeSetOf(Frame_s *frame, int row) {
+    return row == MacroSetValue_ACTIVELINEMAPS || row == MacroSetValue_ACTIVEXYMAPS ? &frame->ActiveLineMaps
+                                                                                   : &frame->ActiveFieldMaps;
+}
+
+SetValueReturnCode_e setActiveMaps(int row, ArbParam_t arg, AssignOp_e op) {
+    if (IsProcessingConfigFile) {
+        bool lines = row == MacroSetValue_ACTIVELINEMAPS || row == MacroSetValue_ACTIVEXYMAPS;
+        return fail(SetValue_NotAllowedInConfig, lines ? "assign Active LineMaps" : "assign Active Zones");
+    }
+    Frame_s *frame = CurFrame;
+    if (frame->DataSet == nullptr) return fail(SetValue_NoAttachedDatasetError, "No data set available.");
+    const Set_a *given = reinterpret_cast<const Set_a *>(arg);
+    // The zones form names the maps that hold them.
+    std::unique_ptr<Set_a, void (*)(Set_a *)> byZone(nullptr, [](Set_a *set) { DeallocSet(&set); });
+    if (row == MacroSetValue_ACTIVEFIELDZONES) {
+        byZone.reset(GetFieldMapsForZones(frame, given));
+        if (!byZone) return fail(SetValue_InternalMemoryError, "Out of memory.");
+        given = byZone.get();
+    }
+    Set_a *working = AllocSet(false);
+    if (working == nullptr) return fail(SetValue_InternalMemoryError, "Out of memory.");
+    Set_a **current = activeSetOf(frame, row);
+    if (*current != nullptr) CopySet(working, *current, false);
+    bool lines = current == &frame->ActiveLineMaps;
+    SetIndex_t limit = lines ? NumLineMaps(frame) : NumFieldMaps(frame);
+    SetValueReturnCode_e code = SetSetValue(row, &working, given, limit, op);
+    if (code == SetValue_Ok && *current != nullptr && EqualSets(working, *current)) code = SetValue_DuplicateValue;
+    if (code == SetValue_Ok && !(lines ? SetActiveLineMaps(frame, working) : SetActiveFieldMaps(frame, working)))
+        code = fail(SetValue_InternalMemoryError, "Out of memory.");
+    if (code == SetValue_Ok) {
+        DeallocSet(&frame->ActiveRelevantZones);
+        UpdateGlobalTimeScratchFlags(frame);
+        UpdateFrameFlagsOnSolutionTimeChange(frame);
+    }
+    DeallocSet(&working);
+    return code;
 }
 
 SetValueReturnCode_e setFrameSpecial(const int path[7], ArbParam_t arg, double value, AssignOp_e op) {
     if (CurFrame == nullptr) return fail(SetValue_ContextError, "There is no current frame.");
-    if (path[0] == MacroSetValue_FRAMENAME) return SetStringValue(path[0], &CurFrame->Name, op, reinterpret_cast<const char *>(arg));
+    int row = path[0];
+    if (row == MacroSetValue_FRAMENAME) return SetStringValue(row, &CurFrame->Name, op, reinterpret_cast<const char *>(arg));
+    if (row == MacroSetValue_PLOTTYPE || row == MacroSetValue_FRAMEMODE) {
+        // The frame mode words have the values of the plot types they stand for.
+        auto requested = PlotType_e(arg);
+        if (requested == CurFrame->PlotType) return SetValue_DuplicateValue;
+        std::string error;
+        if (!ChangeCurFramePlotType(requested, &error)) return fail(SetValue_CannotAttachDataSet, error);
+        return SetValue_Ok;
+    }
+    if (row != MacroSetValue_GLOBALTIME) return setActiveMaps(row, arg, op);
     // $!GLOBALTIME SOLUTIONTIME
     if (CurFrame->DataSet == nullptr) return fail(SetValue_NoAttachedDatasetError, "Current frame must have an attached data set.");
     double time = CurFrame->SolutionTime;
     SetValueReturnCode_e code = SetDoubleValue(path[1], &time, op, value, DoubleInputSpec);
     if (code == SetValue_Ok) SetFrameSolutionTime(CurFrame, time);
+    return code;
+}
+
+// The maps a map-style command reaches: those of its set (the set given with the command, by
+// zone for FIELD), else the shown ones.
+Set_a *mapsOfCommand(Frame_s *frame, int row, const Set_a *given) {
+    bool lines = row == MacroSetValue_LINEMAP || row == MacroSetValue_XYMAP;
+    Set_a *maps = nullptr;
+    if (given == nullptr) {
+        const Set_a *active = lines ? frame->ActiveLineMaps : frame->ActiveFieldMaps;
+        if (row == MacroSetValue_FIELD) active = GetActiveFieldZones(frame);
+        maps = AllocSet(false);
+        if (maps != nullptr && active != nullptr) CopySet(maps, active, false);
+        if (row != MacroSetValue_FIELD) return maps;
+        given = maps;
+    }
+    if (row == MacroSetValue_FIELD) {
+        Set_a *byZone = GetFieldMapsForZones(frame, given);
+        if (maps != nullptr) DeallocSet(&maps);
+        return byZone;
+    }
+    maps = AllocSet(false);
+    if (maps != nullptr) CopySet(maps, given, false);
+    return maps;
+}
+
+SetValueReturnCode_e setMapStyle(const int path[7], ArbParam_t arg, double value, AssignOp_e op) {
+    Frame_s *frame = CurFrame;
+    if (frame == nullptr) return fail(SetValue_ContextError, "There is no current frame.");
+    if (frame->DataSet == nullptr) return fail(SetValue_NoAttachedDatasetError, "No data set available.");
+    bool lines = path[0] == MacroSetValue_LINEMAP || path[0] == MacroSetValue_XYMAP;
+    std::unique_ptr<Set_a, void (*)(Set_a *)> maps(mapsOfCommand(frame, path[0], SetValueModifierSet),
+                                                   [](Set_a *set) { DeallocSet(&set); });
+    if (!maps) return fail(SetValue_InternalMemoryError, "Out of memory.");
+    for (SetIndex_t m = GetNextMember(maps.get(), -1); m >= 0; m = GetNextMember(maps.get(), m))
+        if (!(lines ? IsValidLineMap(frame, int(m)) : IsValidFieldMap(frame, int(m))))
+            return fail(SetValue_InvalidCommandOption, "Invalid Modifier List On Main Command");
+    SetValueReturnCode_e code = SetValue_DuplicateValue;
+    const Rect_s &rect = frame->Style.FrameLayout.Rect;
+    for (SetIndex_t m = GetNextMember(maps.get(), -1); m >= 0; m = GetNextMember(maps.get(), m)) {
+        std::string error;
+        SetValueReturnCode_e one =
+            lines ? LineMapStyleSetValue(&frame->LineMapAttributes[size_t(m)]->Style, rect, path, arg, value, int(op), &error)
+                  : FieldMapStyleSetValue(&frame->FieldAttributes[size_t(m)]->Style, rect, path, arg, value, int(op), &error);
+        if (!ReturnCodeOk(one)) return fail(one, error);
+        code = CombineSetValueReturnCodes(code, one);
+    }
     return code;
 }
 
@@ -609,8 +717,7 @@ const std::string &GetLastSetValueErrorString() { return LastSetValueError; }
 
 namespace {
 
-// Map style lives per field map and line map, which frames do not hold yet: their template
-// records exist, but a command naming maps must not silently change only the template.
+// Map style lives per field map and line map: these rows reach the maps of the command's set.
 bool isMapStyleRow(int row) {
     return row == MacroSetValue_FIELD || row == MacroSetValue_FIELDMAP || row == MacroSetValue_LINEMAP ||
            row == MacroSetValue_XYMAP;
@@ -629,7 +736,7 @@ bool IsSetValueMajorAvailable(int row) {
     bool isFrame, isGeneral;
     CategorizeMajorCommand(row, &isFrame, &isGeneral);
     return isGeneral || row == MacroSetValue_FRAMENAME || row == MacroSetValue_GLOBALTIME ||
-           (isFrame && IsFrameStyleMajorRow(row) && !isMapStyleRow(row));
+           (isFrame && IsFrameStyleMajorRow(row));
 }
 
 SetValueReturnCode_e SetValue7(ArbParam_t argValue, double doubleValue, AssignOp_e assignOp, const int pathIn[7],
@@ -652,7 +759,9 @@ SetValueReturnCode_e SetValue7(ArbParam_t argValue, double doubleValue, AssignOp
         code = setFrameSpecial(path, argValue, doubleValue, assignOp);
     } else if (isGeneral) {
         code = GeneralState_s_SetValue(path, argValue, doubleValue, assignOp);
-    } else if (isFrame && IsFrameStyleMajorRow(path[0]) && !isMapStyleRow(path[0])) {
+    } else if (isMapStyleRow(path[0]) && !IsProcessingConfigFile) {
+        code = setMapStyle(path, argValue, doubleValue, assignOp);
+    } else if (isFrame && IsFrameStyleMajorRow(path[0])) {
         FrameStyle_s *style = frameStyleTarget();
         std::string error;
         code = style == nullptr ? fail(SetValue_ContextError, "There is no current frame.")
@@ -681,17 +790,37 @@ SetValueReturnCode_e GetValue(double *doubleOut, ArbParam_t *argOut, const int p
     int path[7];
     if (!normalizePath(pathIn, path)) return SetValue_InvalidCommandOption;
     if (isFrameSpecial(path)) {
-        if (CurFrame == nullptr) return SetValue_ContextError;
-        if (path[0] == MacroSetValue_FRAMENAME)
-            *argOut = reinterpret_cast<ArbParam_t>(CurFrame->Name.c_str());
+        Frame_s *frame = CurFrame;
+        if (frame == nullptr) return SetValue_ContextError;
+        int row = path[0];
+        if (row == MacroSetValue_FRAMENAME)
+            *argOut = reinterpret_cast<ArbParam_t>(frame->Name.c_str());
+        else if (row == MacroSetValue_PLOTTYPE || row == MacroSetValue_FRAMEMODE)
+            *argOut = ArbParam_t(frame->PlotType);
+        else if (row == MacroSetValue_GLOBALTIME)
+            *doubleOut = frame->SolutionTime;
+        else if (row == MacroSetValue_ACTIVEFIELDZONES)
+            *argOut = reinterpret_cast<ArbParam_t>(GetActiveFieldZones(frame));
         else
-            *doubleOut = CurFrame->SolutionTime;
+            *argOut = reinterpret_cast<ArbParam_t>(*activeSetOf(frame, row));
         return SetValue_Ok;
     }
     bool isFrame, isGeneral;
     CategorizeMajorCommand(path[0], &isFrame, &isGeneral);
     if (isGeneral) return GeneralState_s_GetValue(path, doubleOut, argOut);
-    if (isFrame && IsFrameStyleMajorRow(path[0]) && !isMapStyleRow(path[0])) {
+    if (isMapStyleRow(path[0]) && !IsProcessingConfigFile) {
+        // One map: the number in path[1] (from 1), else the first shown one.
+        Frame_s *frame = CurFrame;
+        if (frame == nullptr) return SetValue_ContextError;
+        bool lines = path[0] == MacroSetValue_LINEMAP || path[0] == MacroSetValue_XYMAP;
+        const Set_a *active = lines ? frame->ActiveLineMaps : frame->ActiveFieldMaps;
+        int map = path[1] >= 1 ? path[1] - 1 : active != nullptr ? int(GetNextMember(active, -1)) : -1;
+        if (path[0] == MacroSetValue_FIELD && path[1] >= 1) map = GetFieldMapForZone(frame, EntIndex_t(path[1] - 1));
+        if (lines ? !IsValidLineMap(frame, map) : !IsValidFieldMap(frame, map)) return SetValue_InvalidCommandOption;
+        return lines ? LineMapStyleGetValue(&frame->LineMapAttributes[size_t(map)]->Style, path, doubleOut, argOut)
+                     : FieldMapStyleGetValue(&frame->FieldAttributes[size_t(map)]->Style, path, doubleOut, argOut);
+    }
+    if (isFrame && IsFrameStyleMajorRow(path[0])) {
         const FrameStyle_s *style = frameStyleTarget();
         if (style == nullptr) return SetValue_ContextError;
         return FrameStyleGetValue(style, path, doubleOut, argOut);
@@ -808,6 +937,11 @@ bool ProcessSetValueSubCommands(int majorRow, const char *text, int line, const 
     }
     SubCommandWalker walker{line, command, {majorRow, -1, -1, -1, -1, -1, -1}};
     const char *p = text;
+    std::unique_ptr<Set_a, void (*)(Set_a *)> modifier(nullptr, [](Set_a *set) { DeallocSet(&set); });
+    struct ModifierScope {
+        const std::unique_ptr<Set_a, void (*)(Set_a *)> &set;
+        ~ModifierScope() { SetValueModifierSet = nullptr; }
+    } scope{modifier};
     int depth = 1;
     if (majorRow == MacroSetValue_COLORMAP || majorRow == MacroSetValue_COLORSPECTRUM) {
         // The old forms name their group; only group 1 was ever kept, so any other does nothing.
@@ -817,6 +951,28 @@ bool ProcessSetValueSubCommands(int majorRow, const char *text, int line, const 
             if (group != 1) return true;
             p = q;
         }
+    } else if (isMapStyleRow(majorRow)) {
+        if (!IsProcessingConfigFile && (CurFrame == nullptr || CurFrame->DataSet == nullptr)) {
+            ErrBadMacro("No data set available.", line, command, true);
+            return false;
+        }
+        while (*p == ' ') p++;
+        if (*p == '[') {
+            if (IsProcessingConfigFile) {
+                ErrBadMacro("Modifier set not allowed when command is used in the config file", line, command, true);
+                return false;
+            }
+            Set_a *given = nullptr;
+            if (!ScanCompressedForSet(&p, line, command, &given)) return false;
+            modifier.reset(given);
+            if (IsEmpty(given)) {
+                ErrBadMacro("Invalid Command Modifier or Empty command", line, command, true);
+                return false;
+            }
+        }
+        // The set stands aside; its place in the path holds 0, "the maps of the command".
+        walker.path[1] = 0;
+        depth = 2;
     } else if (const GroupedMajor_s *grouped = findGroupedMajor(majorRow)) {
         if (majorRow == MacroSetValue_GLOBALCONTOUR && !IsProcessingConfigFile &&
             (CurFrame == nullptr || CurFrame->DataSet == nullptr)) {
@@ -826,6 +982,7 @@ bool ProcessSetValueSubCommands(int majorRow, const char *text, int line, const 
         if (!walker.number(&p, 1, grouped->Message, grouped->Spec, grouped->RangeMessage)) return false;
         depth = 2;
     }
+    SetValueModifierSet = modifier.get();
     if (GetSetValueKind(majorRow) != SetValueKind_Parent) return walker.leaf(&p, majorRow);
     BeginSetValueBlock(majorRow);
     bool ok = walker.walk(&p, depth, false);

@@ -12,7 +12,7 @@ constexpr int ControlCommandListItemCount = 16;
 constexpr int SetValueCommandListItemCount = 1390;
 // The named rows of CommandEnumMap; a row with a null name follows them.
 constexpr int NumEnumValues = 861;
-constexpr int ActionOptionListItemCount = 445;
+constexpr int ActionOptionListItemCount = 455;
 constexpr int ActionRequirementListItemCount = 83;
 constexpr int ActionRequirementValueListItemCount = 20;
 

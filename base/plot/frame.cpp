@@ -18,13 +18,15 @@
 #include "base/kernel/strutil.h"
 #include "base/macro/vocabtables.h"
 #include "base/macro/setvalue.h"
+#include "base/plot/fieldmap.h"
+#include "base/plot/linemap.h"
 #include "base/plot/solntime.h"
 
 Frame_s *CurFrame = nullptr;
 
 namespace {
 
-std::vector<std::unique_ptr<Frame_s>> FrameStack;  // top of the stack first
+std::vector<std::unique_ptr<Frame_s>> FrameStack;  // bottom of the stack first; the top is current
 int framesMade = 0;
 
 DataSet_s *currentDataSet() { return CurFrame != nullptr ? CurFrame->DataSet : nullptr; }
@@ -49,11 +51,15 @@ void invalidateDerivedVar(DataSet_s *dataSet, EntIndex_t zone, EntIndex_t var) {
 
 bool incorporateZone(DataSet_s *dataSet, EntIndex_t zone) {
     forFramesOf(dataSet, [&](FrameZoneList_s *list) { FrameZoneListInvalidate(list, zone, -1); });
+    for (auto &frame : FrameStack)
+        if (frame->DataSet == dataSet && !IncorporateZoneIntoFrameStyle(frame.get(), zone)) return false;
     return true;
 }
 
 void deleteZone(DataSet_s *dataSet, EntIndex_t zone) {
     forFramesOf(dataSet, [&](FrameZoneList_s *list) { FrameZoneListDeleteZone(list, zone); });
+    for (auto &frame : FrameStack)
+        if (frame->DataSet == dataSet) FrameStyleDeleteZone(frame.get(), zone);
 }
 
 void deleteVar(DataSet_s *dataSet, EntIndex_t var) {
@@ -117,9 +123,10 @@ bool CreateNewFrame(const Rect_s *rect) {
         }
     }
     frame->Style.FrameLayout.HeaderColor = color;
-    CurFrame = frame.get();
-    FrameStack.insert(FrameStack.begin(), std::move(frame));
+    FrameStack.push_back(std::move(frame));
+    ResetTopFrame();
     framesMade++;
+    SetNewPlotType(PlotType_Sketch, false, false);
     StateChanged(StateChange_NewTopFrame, nullptr);
     return true;
 }
@@ -130,26 +137,100 @@ int FindFrameByName(const char *name) {
     return -1;
 }
 
+void AssignCurFrame(int index) { CurFrame = FrameStackGet(index); }
+
+void ResetTopFrame() { CurFrame = FrameStack.empty() ? nullptr : FrameStack.back().get(); }
+
+int GetTopFrameStack() { return FrameStackCount() - 1; }
+
+int GetFrameStackPosition(const Frame_s *frame) {
+    for (size_t n = 0; n < FrameStack.size(); n++)
+        if (FrameStack[n].get() == frame) return int(n);
+    ErrMsg("Internal Error: Cannot get frame handle on frame stack");
+    return -1;
+}
+
 void DoPopping(int index) {
-    if (index <= 0 || index >= FrameStackCount()) return;
-    std::rotate(FrameStack.begin(), FrameStack.begin() + index, FrameStack.begin() + index + 1);
-    CurFrame = FrameStack.front().get();
+    int top = GetTopFrameStack();
+    if (index < 0 || index >= top) return;
+    std::rotate(FrameStack.begin() + index, FrameStack.begin() + index + 1, FrameStack.end());
+    ResetTopFrame();
     StateChanged(StateChange_NewTopFrame, nullptr);
 }
 
 void DoPushing(int index) {
-    if (index < 0 || index >= FrameStackCount() - 1) return;
-    std::rotate(FrameStack.begin() + index, FrameStack.begin() + index + 1, FrameStack.end());
-    CurFrame = FrameStack.front().get();
+    if (index <= 0 || index >= FrameStackCount()) return;
+    std::rotate(FrameStack.begin(), FrameStack.begin() + index, FrameStack.begin() + index + 1);
+    ResetTopFrame();
     StateChanged(StateChange_NewTopFrame, nullptr);
+}
+
+void DoLightweightFramePush() {
+    if (FrameStack.size() < 2) return;
+    std::rotate(FrameStack.begin(), FrameStack.end() - 1, FrameStack.end());
+    ResetTopFrame();
+}
+
+void DoLightweightFramePop() {
+    if (FrameStack.size() < 2) return;
+    std::rotate(FrameStack.begin(), FrameStack.begin() + 1, FrameStack.end());
+    ResetTopFrame();
+}
+
+namespace {
+
+// Makes each chosen frame current in turn, bottom to top, and restores the current frame.
+bool forFrames(bool (*visit)(void *clientData), void *clientData, const DataSet_s *like, bool withDataSet,
+               const Frame_s *except) {
+    Frame_s *saved = CurFrame;
+    std::vector<Frame_s *> frames;
+    for (auto &frame : FrameStack)
+        if ((like == nullptr || frame->DataSet == like) && (!withDataSet || frame->DataSet != nullptr) &&
+            frame.get() != except)
+            frames.push_back(frame.get());
+    bool ok = true;
+    for (Frame_s *frame : frames) {
+        CurFrame = frame;
+        if (!visit(clientData)) {
+            ok = false;
+            break;
+        }
+    }
+    CurFrame = saved;
+    return ok;
+}
+
+}  // namespace
+
+bool DoForAllFramesInPage(bool (*visit)(void *), void *clientData) {
+    return forFrames(visit, clientData, nullptr, false, nullptr);
+}
+bool DoForAllFramesInAllPages(bool (*visit)(void *), void *clientData) { return DoForAllFramesInPage(visit, clientData); }
+bool DoForAllFramesWithDataSetInPage(bool (*visit)(void *), void *clientData) {
+    return forFrames(visit, clientData, nullptr, true, nullptr);
+}
+bool DoForAllFramesWithDataSetInAllPages(bool (*visit)(void *), void *clientData) {
+    return DoForAllFramesWithDataSetInPage(visit, clientData);
+}
+bool DoForAllLikeFramesInPage(const Frame_s *frame, bool (*visit)(void *), void *clientData) {
+    return frame->DataSet != nullptr && forFrames(visit, clientData, frame->DataSet, true, nullptr);
+}
+bool DoForAllLikeFramesInAllPages(const Frame_s *frame, bool (*visit)(void *), void *clientData) {
+    return DoForAllLikeFramesInPage(frame, visit, clientData);
+}
+bool DoForAllLikeFramesExceptSelfInPage(const Frame_s *frame, bool (*visit)(void *), void *clientData) {
+    return frame->DataSet != nullptr && forFrames(visit, clientData, frame->DataSet, true, frame);
+}
+bool DoForAllLikeFramesExceptSelfInAllPages(const Frame_s *frame, bool (*visit)(void *), void *clientData) {
+    return DoForAllLikeFramesExceptSelfInPage(frame, visit, clientData);
 }
 
 bool DeleteTopFrame() {
     if (FrameStack.empty()) return false;
-    Frame_s *top = FrameStack.front().get();
+    Frame_s *top = FrameStack.back().get();
     DetachDataSetFromFrame(top);
-    FrameStack.erase(FrameStack.begin());
-    CurFrame = FrameStack.empty() ? nullptr : FrameStack.front().get();
+    FrameStack.pop_back();
+    ResetTopFrame();
     StateChanged(StateChange_FrameDeleted, nullptr);
     // The page always has a frame.
     if (FrameStack.empty()) return CreateNewFrame(nullptr);
@@ -157,45 +238,52 @@ bool DeleteTopFrame() {
 }
 
 bool Action_FrameControl(FrameAction_e action, int number, const char *name, double x, double y) {
-    auto byName = [&](int *index) {
-        *index = FindFrameByName(name != nullptr ? name : "");
-        if (*index < 0) ErrMsg("No frame is named \"%s\".", name != nullptr ? name : "");
+    const char *given = name != nullptr ? name : "";
+    auto byName = [&](const char *message, int *index) {
+        *index = FindFrameByName(given);
+        if (*index < 0) ErrMsg(message, given);
         return *index >= 0;
     };
-    auto byNumber = [&](int *index) {
+    // Frame numbers in macros are stack positions from the bottom, from 1.
+    auto byNumber = [&](const char *message, int *index) {
         *index = number - 1;
-        if (*index < 0 || *index >= FrameStackCount()) ErrMsg("Invalid frame number: %d.", number);
-        return *index >= 0 && *index < FrameStackCount();
+        bool ok = *index >= 0 && *index < FrameStackCount();
+        if (!ok) ErrMsg(message, number);
+        return ok;
     };
+    const char *popNumber = "Attempted to pop a frame by an invalid frame number.\nFrame number used: %d.";
+    const char *pushNumber = "Attempted to push a frame by an invalid frame number.\nFrame number used: %d.";
+    const char *popName = "Attempted to pop a frame by an invalid frame name.\nFrame name used: \"%s\".";
+    const char *pushName = "Attempted to push a frame by an invalid frame name.\nFrame name used: \"%s\".";
     int index = -1;
     switch (action) {
-    case FrameAction_PushTop: DoPushing(0); return true;
+    case FrameAction_PushTop: DoPushing(GetTopFrameStack()); return true;
     case FrameAction_Pop:
-        if (!byNumber(&index)) return false;
+        if (!byNumber(popNumber, &index)) return false;
         DoPopping(index);
         return true;
     case FrameAction_Push:
-        if (!byNumber(&index)) return false;
+        if (!byNumber(pushNumber, &index)) return false;
         DoPushing(index);
         return true;
     case FrameAction_PopByName:
-        if (!byName(&index)) return false;
+        if (!byName(popName, &index)) return false;
         DoPopping(index);
         return true;
     case FrameAction_PushByName:
-        if (!byName(&index)) return false;
+        if (!byName(pushName, &index)) return false;
         DoPushing(index);
         return true;
     case FrameAction_PopAtPosition:
-        for (int n = 0; n < FrameStackCount(); n++) {
+        // The highest frame that holds the point, edges included.
+        for (int n = GetTopFrameStack(); n >= 0; n--) {
             const Rect_s &r = FrameStack[size_t(n)]->Style.FrameLayout.Rect;
             if (x >= r.X1 && x <= r.X2 && y >= r.Y2 && y <= r.Y1) {
                 DoPopping(n);
                 return true;
             }
         }
-        ErrMsg("No frame lies at that position.");
-        return false;
+        return true;
     case FrameAction_DeleteTop: return DeleteTopFrame();
     case FrameAction_FitAllToPaper: return FitAllFramesInPaper();
     }
@@ -204,14 +292,10 @@ bool Action_FrameControl(FrameAction_e action, int number, const char *name, dou
 
 bool FitAllFramesInPaper() {
     if (FrameStack.empty()) return true;
-    const Paper_s &paper = GeneralBase.Paper;
-    int slot = PaperSizeInfoSlot(paper.PaperSize);
-    if (slot < 0) return false;
-    const PaperSizeInfo_s &info = paper.PaperSizeInfo[size_t(slot)];
-    double width = paper.OrientPortrait ? info.Width : info.Height, height = paper.OrientPortrait ? info.Height : info.Width;
+    double width, height, left, right, bottom, top;
+    GetPaperSpecs(GeneralBase.Paper, &width, &height, &left, &right, &bottom, &top);
     // The hard clip rectangle of the sheet, and the box around all frames (Y grows downward).
-    Rect_s outer{info.LeftHardClipOffset, height - info.BottomHardClipOffset, width - info.RightHardClipOffset,
-                 info.TopHardClipOffset};
+    Rect_s outer{left, height - bottom, width - right, top};
     Rect_s inner{1e150, -1e150, -1e150, 1e150};
     for (const auto &frame : FrameStack) {
         const Rect_s &r = frame->Style.FrameLayout.Rect;
@@ -263,16 +347,47 @@ int DataSetReferenceCount(const DataSet_s *dataSet) {
                                           [dataSet](const auto &frame) { return frame->DataSet == dataSet; }));
 }
 
+Frame_s::~Frame_s() {
+    DeallocSet(&ActiveRelevantZones);
+    FieldMapsClear(this);
+    LineMapsClear(this);
+}
+
 bool AttachDataSetToCurFrame(DataSet_s *dataSet) {
     if (CurFrame == nullptr) return false;
     if (CurFrame->DataSet == dataSet) return true;
     DetachDataSetFromFrame(CurFrame);
     CurFrame->DataSet = dataSet;
     CurFrame->ZoneList = FrameZoneListAlloc();
+    FieldMapsClear(CurFrame);
+    LineMapsClear(CurFrame);
+    if (dataSet == nullptr) return true;
+    return FrameStyleSynchronizeWithDataSet(CurFrame, CurFrame->PlotType, true);
+}
+
+bool AttachDataSetFromOtherFrame(Frame_s *other) {
+    if (CurFrame == nullptr) return false;
+    if (CurFrame->DataSet != nullptr) {
+        ErrMsg("Cannot attach new DataSet to frame that already has data attached");
+        return false;
+    }
+    if (other == nullptr || other->DataSet == nullptr) {
+        ErrMsg("Frame to attach data from is not attached to a DataSet");
+        return false;
+    }
+    if (!AttachDataSetToCurFrame(other->DataSet)) return false;
+    StateChanged(StateChange_DataSetReset, nullptr);
     return true;
 }
 
-Frame_s::~Frame_s() { DeallocSet(&ActiveRelevantZones); }
+bool Action_AttachDataSet(int frameNumber) {
+    Frame_s *other = FrameStackGet(frameNumber - 1);
+    if (other == nullptr || other == CurFrame) {
+        ErrMsg("Invalid reference to a frame number in ATTACHDATASETTOFRAME command");
+        return false;
+    }
+    return AttachDataSetFromOtherFrame(other);
+}
 
 PlotType_e DetermineBestPlotTypeForDataSet(const DataSet_s *dataSet) {
     if (dataSet == nullptr || IsEmpty(dataSet->EnabledZones)) return PlotType_Sketch;
@@ -291,13 +406,16 @@ PlotType_e DetermineBestPlotTypeForDataSet(const DataSet_s *dataSet) {
 
 namespace {
 
-// A frame's time starts at the data's first time.
-void startFrameTime(Frame_s *frame) {
-    double min, max;
-    GetSolutionTimeMinMaxForAllStrands(frame, &min, &max);
+// Data caches of a frame that a new or changed data set makes stale.
+void resetFrameDataFlags(Frame_s *frame) {
+    FrameZoneListDealloc(&frame->ZoneList);
+    frame->ZoneList = FrameZoneListAlloc();
+    DeallocSet(&frame->ActiveRelevantZones);
     frame->TimeSteps.clear();
     frame->AnimStartFollowsData = frame->AnimEndFollowsData = true;
-    frame->SolutionTime = min;
+}
+
+void refreshFrameTime(Frame_s *frame) {
     UpdateGlobalTimeScratchFlags(frame);
     UpdateFrameFlagsOnSolutionTimeChange(frame);
 }
@@ -326,11 +444,14 @@ bool AttachDataSetToCurFrame(DataSet_s **dataSet, ReadDataOption_e option, bool 
         for (EntIndex_t z = firstNew; z < present->NumZones; z++)
             if (IsZoneEnabled(present, z) && GetZoneSpec(present, z)->StrandID >= 0)
                 MarkStrandInfoAsInvalid(present, GetZoneSpec(present, z)->StrandID);
-        for (int n = 0; n < FrameStackCount(); n++) {
-            Frame_s *frame = FrameStackGet(n);
+        for (auto &frame : FrameStack) {
             if (frame->DataSet != present) continue;
-            UpdateGlobalTimeScratchFlags(frame);
-            UpdateFrameFlagsOnSolutionTimeChange(frame);
+            int mapsBefore = NumFieldMaps(frame.get());
+            if (!FrameStyleSynchronizeWithDataSet(frame.get(), frame->PlotType, false)) return false;
+            // Maps made for the appended zones are shown in a field plot.
+            if (frame->PlotType == PlotType_Cartesian2D || frame->PlotType == PlotType_Cartesian3D)
+                for (int m = mapsBefore; m < NumFieldMaps(frame.get()); m++) FieldMapActivate(frame.get(), m);
+            refreshFrameTime(frame.get());
         }
         StateChangeInfo_s info;
         StateChanged(StateChange_ZonesAdded, &info);
@@ -344,18 +465,31 @@ bool AttachDataSetToCurFrame(DataSet_s **dataSet, ReadDataOption_e option, bool 
     // New: this frame only. Replace: every frame that held the old data set.
     std::vector<Frame_s *> takers{CurFrame};
     if (option == ReadDataOption_Replace && present != nullptr)
-        for (int n = 0; n < FrameStackCount(); n++)
-            if (FrameStackGet(n) != CurFrame && FrameStackGet(n)->DataSet == present) takers.push_back(FrameStackGet(n));
+        for (auto &frame : FrameStack)
+            if (frame.get() != CurFrame && frame->DataSet == present) takers.push_back(frame.get());
     for (Frame_s *frame : takers) {
         frame->DataSet = incoming;
-        FrameZoneListDealloc(&frame->ZoneList);
-        frame->ZoneList = FrameZoneListAlloc();
+        resetFrameDataFlags(frame);
         frame->InitialPlotFirstZoneOnly = initialPlotFirstZoneOnly;
-        startFrameTime(frame);
     }
+    bool keptStyleLacks = false;
+    for (Frame_s *frame : takers) {
+        bool reset = resetStyle || present == nullptr;
+        int mapsBefore = NumFieldMaps(frame), lineMapsBefore = NumLineMaps(frame);
+        PlotType_e type = frame == CurFrame ? plotType : frame->PlotType;
+        if (!FrameStyleSynchronizeWithDataSet(frame, type, reset)) return false;
+        if (!reset && (NumFieldMaps(frame) < mapsBefore || NumLineMaps(frame) < lineMapsBefore)) keptStyleLacks = true;
+    }
+    if (keptStyleLacks) Warning("Old style references attributes not available in the new data set.  The style may be adjusted.");
     if (present != nullptr && DataSetReferenceCount(present) == 0) DeallocDataSet(&present);
     *dataSet = nullptr;
-    CurFrame->PlotType = plotType;
+    for (Frame_s *frame : takers) {
+        double min, max;
+        GetSolutionTimeMinMaxForAllStrands(frame, &min, &max);
+        if (resetStyle || frame->SolutionTime < min || frame->SolutionTime > max) frame->SolutionTime = min;
+        refreshFrameTime(frame);
+    }
+    SetNewPlotType(plotType, resetStyle, false);
     StateChanged(StateChange_DataSetReset, nullptr);
     return true;
 }
@@ -373,4 +507,115 @@ void DetachDataSetFromFrame(Frame_s *frame) {
     frame->DataSet = nullptr;
     FrameZoneListDealloc(&frame->ZoneList);
     if (DataSetReferenceCount(dataSet) == 0) DeallocDataSet(&dataSet);
+}
+
+bool SetNewPlotType(PlotType_e requested, bool resetStyle, bool checkLinks) {
+    static bool reverting = false;  // going back after a failure must not fail again
+    Frame_s *frame = CurFrame;
+    if (frame == nullptr || requested == PlotType_Automatic) return false;
+    PlotType_e old = frame->PlotType;
+    bool changed = requested != old;
+    frame->PlotType = requested;
+    if (!FrameStyleSynchronizeWithDataSet(frame, requested, false)) {
+        if (!reverting) {
+            ErrMsg("Unable to perform the requested action.");
+            reverting = true;
+            SetNewPlotType(old, false, false);
+            reverting = false;
+        }
+        return false;
+    }
+    // A field plot made from a frame whose maps were never shown shows them all.
+    bool field = requested == PlotType_Cartesian2D || requested == PlotType_Cartesian3D;
+    if (field && frame->ActiveFieldMaps == nullptr) {
+        int last = frame->InitialPlotFirstZoneOnly ? 0 : NumFieldMaps(frame) - 1;
+        for (int m = 0; m <= last && m < NumFieldMaps(frame); m++) FieldMapActivate(frame, m);
+        if (frame->ActiveFieldMaps == nullptr) frame->ActiveFieldMaps = AllocSet(false);
+    }
+    if (changed) {
+        frame->ViewNeedsReset = true;
+        StateChangeSupplementalInfoSetStyleParam(0, MacroSetValue_PLOTTYPE);
+        StateChanged(StateChange_Style, nullptr);
+    }
+    (void)resetStyle;
+    (void)checkLinks;
+    return true;
+}
+
+bool ChangeCurFramePlotType(PlotType_e requested, std::string *error) {
+    Frame_s *frame = CurFrame;
+    if (frame == nullptr) {
+        *error = "There is no current frame.";
+        return false;
+    }
+    if (requested == PlotType_Automatic)
+        requested = frame->DataSet != nullptr ? DetermineBestPlotTypeForDataSet(frame->DataSet) : PlotType_Sketch;
+    if (requested != PlotType_Sketch && frame->DataSet == nullptr) {
+        // A frame without data borrows the data set of the nearest frame below it.
+        int position = GetFrameStackPosition(frame);
+        Frame_s *below = nullptr;
+        for (int n = position - 1; n >= 0 && below == nullptr; n--)
+            if (FrameStackGet(n)->DataSet != nullptr) below = FrameStackGet(n);
+        if (below == nullptr) {
+            *error = "Cannot switch dataless frame to non-sketch plot type.";
+            return false;
+        }
+        if (!AttachDataSetToCurFrame(below->DataSet)) {
+            *error = "Cannot attach data set to current frame.";
+            return false;
+        }
+    }
+    if (requested != PlotType_Sketch && IsEmpty(frame->DataSet->EnabledZones)) {
+        *error = "Cannot assign to non-sketch plot type.  Current data set has no zones and is in an unstable state.";
+        return false;
+    }
+    if (!SetNewPlotType(requested, false, true)) {
+        *error = "Unable to perform the requested action.";
+        return false;
+    }
+    return true;
+}
+
+void GetPaperSpecs(const Paper_s &paper, double *width, double *height, double *left, double *right, double *bottom,
+                   double *top) {
+    int slot = PaperSizeInfoSlot(paper.PaperSize);
+    const PaperSizeInfo_s &info = paper.PaperSizeInfo[size_t(slot < 0 ? 0 : slot)];
+    if (paper.OrientPortrait) {
+        *width = info.Width;
+        *height = info.Height;
+        *left = info.LeftHardClipOffset;
+        *right = info.RightHardClipOffset;
+        *bottom = info.BottomHardClipOffset;
+        *top = info.TopHardClipOffset;
+    } else {
+        // The sheet turned a quarter: the bottom margin comes to the left, the top to the right,
+        // the right to the bottom and the left to the top.
+        *width = info.Height;
+        *height = info.Width;
+        *left = info.BottomHardClipOffset;
+        *right = info.TopHardClipOffset;
+        *bottom = info.RightHardClipOffset;
+        *top = info.LeftHardClipOffset;
+    }
+}
+
+namespace {
+Rect_s PaperViewStack[8];
+}
+
+void PushPaperView(const Rect_s &rect, bool resetAll) {
+    for (int n = 7; n > 0; n--) PaperViewStack[n] = resetAll ? rect : PaperViewStack[n - 1];
+    PaperViewStack[0] = rect;
+    GeneralBase.Paper.RegionInWorkArea = rect;
+}
+
+void PopPaperView() {
+    for (int n = 0; n < 7; n++) PaperViewStack[n] = PaperViewStack[n + 1];
+    GeneralBase.Paper.RegionInWorkArea = PaperViewStack[0];
+}
+
+void FitPaperInWorkArea(bool resetAll) {
+    double width, height, left, right, bottom, top;
+    GetPaperSpecs(GeneralBase.Paper, &width, &height, &left, &right, &bottom, &top);
+    PushPaperView(Rect_s{-0.05, -0.05, width + 0.05, height + 0.05}, resetAll);
 }

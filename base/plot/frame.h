@@ -4,14 +4,19 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "base/data/dataio.h"
+#include "base/kernel/genbase.h"
+#include "base/plot/coordsys.h"
 #include "base/plot/framestyle.h"
 
 struct DataSet_s;
+struct FieldAttributes_s;
 struct FrameZoneList_s;
+struct LineMapAttributes_s;
 struct Set_a;
 
 enum PlotType_e : int16_t {
@@ -40,6 +45,16 @@ struct Frame_s {
     bool InitialPlotFirstZoneOnly = false;
     FrameStyle_s Style;  // a copy of the frame template when the frame is made
 
+    // Field maps: their style, each zone's map (-1 none), the shown maps and their zones (a cache,
+    // null until asked for).
+    std::vector<std::unique_ptr<FieldAttributes_s>> FieldAttributes;
+    std::vector<int32_t> ZoneFieldMaps;
+    Set_a *ActiveFieldMaps = nullptr;
+    Set_a *ActiveFieldZones = nullptr;
+    // Line maps and the shown ones.
+    std::vector<std::unique_ptr<LineMapAttributes_s>> LineMapAttributes;
+    Set_a *ActiveLineMaps = nullptr;
+
     // Solution time: the frame's time, its time steps and the animation range.
     double SolutionTime = 0.0;
     std::vector<double> TimeSteps;  // sorted; times within the tolerance are one step
@@ -47,6 +62,12 @@ struct Frame_s {
     bool AnimStartFollowsData = true, AnimEndFollowsData = true;
     int32_t AnimStartStep = 0, AnimEndStep = 0;
     Set_a *ActiveRelevantZones = nullptr;  // cached; null until asked for
+
+    // Views: the 2D axis ranges and 3D views saved by $!VIEW PUSH and taken back by LAST, and a
+    // flag that asks for the default view at the next look (a new plot type or data set).
+    ViewStack_s<Rect_s> TwoDViewStack;
+    ViewStack_s<ThreeDSavedView_s> ThreeDViewStack;
+    bool ViewNeedsReset = true;
 
     Frame_s() = default;
     Frame_s(const Frame_s &) = delete;
@@ -69,6 +90,27 @@ int FindFrameByName(const char *name);
 // Moves the frame at a stack position to the top ("pop") or to the bottom ("push").
 void DoPopping(int index);
 void DoPushing(int index);
+// CurFrame to a stack position (0 the bottom), or to the top frame (null on an empty page).
+void AssignCurFrame(int index);
+void ResetTopFrame();
+// The stack position of the top frame, -1 on an empty page.
+int GetTopFrameStack();
+// A frame's stack position, or -1 ("Internal Error: Cannot get frame handle on frame stack").
+int GetFrameStackPosition(const Frame_s *frame);
+// The whole stack turned one place (top to bottom; bottom to top), CurFrame reset, and nothing
+// else: for visiting every frame as the current one and turning back.
+void DoLightweightFramePush();
+void DoLightweightFramePop();
+// visit runs with each frame in turn made current, bottom to top; the current frame is
+// restored. Like frames share the given frame's data set. False when a visit said stop.
+bool DoForAllFramesInPage(bool (*visit)(void *clientData), void *clientData);
+bool DoForAllFramesInAllPages(bool (*visit)(void *clientData), void *clientData);
+bool DoForAllFramesWithDataSetInPage(bool (*visit)(void *clientData), void *clientData);
+bool DoForAllFramesWithDataSetInAllPages(bool (*visit)(void *clientData), void *clientData);
+bool DoForAllLikeFramesInPage(const Frame_s *frame, bool (*visit)(void *clientData), void *clientData);
+bool DoForAllLikeFramesInAllPages(const Frame_s *frame, bool (*visit)(void *clientData), void *clientData);
+bool DoForAllLikeFramesExceptSelfInPage(const Frame_s *frame, bool (*visit)(void *clientData), void *clientData);
+bool DoForAllLikeFramesExceptSelfInAllPages(const Frame_s *frame, bool (*visit)(void *clientData), void *clientData);
 // Deletes the top frame; an empty page gets a new empty frame.
 bool DeleteTopFrame();
 // Scales and moves all frames together so that they fit the sheet's hard clip limits.
@@ -84,16 +126,20 @@ enum FrameAction_e {
     FrameAction_PopByName = 6,
     FrameAction_Push = 7
 };
-// number is a one-based stack position (1 the top); x, y paper inches for POPATPOSITION.
+// number is a one-based stack position (1 the bottom); x, y paper inches for POPATPOSITION.
 bool Action_FrameControl(FrameAction_e action, int number, const char *name, double x, double y);
 // Deletes every frame, releasing their data sets.
 void DeleteAllFrames();
 int FrameStackCount();
-// Frames from the top of the stack (0) down.
+// Frames by stack position, 0 the bottom; null outside the stack.
 Frame_s *FrameStackGet(int position);
 
-// The current frame takes the data set (one more reference to it).
+// The current frame takes the data set (one more reference to it), with its maps made afresh.
 bool AttachDataSetToCurFrame(DataSet_s *dataSet);
+// The current frame, which must have no data, shares another frame's data set.
+bool AttachDataSetFromOtherFrame(Frame_s *other);
+// $!ATTACHDATASET FRAME = n: n is a one-based stack position.
+bool Action_AttachDataSet(int frameNumber);
 // A loaded data set reaches the frames. NEW gives it to the current frame only, REPLACE to every
 // frame that held the current frame's data set; both free the old one when no frame keeps it.
 // APPEND joins its zones onto the current data set and frees the record. Strands are assigned
@@ -110,3 +156,21 @@ void DetachDataSetFromFrame(Frame_s *frame);
 FrameZoneList_s *GetFrameZoneList(Frame_s *frame);
 // Number of frames that hold the data set.
 int DataSetReferenceCount(const DataSet_s *dataSet);
+
+// The current frame takes the plot type; its maps follow. On failure the old type is put back
+// ("Unable to perform the requested action.").
+bool SetNewPlotType(PlotType_e requested, bool resetStyle, bool checkLinks);
+// A plot type asked for by $!PLOTTYPE or $!FRAMEMODE, with its checks: AUTOMATIC picks the best
+// type for the data; a frame without data borrows the data set of the nearest frame below it.
+// On refusal *error holds the message.
+bool ChangeCurFramePlotType(PlotType_e requested, std::string *error);
+
+// The sheet as it lies: in landscape the width and height swap and the hard clip offsets turn
+// with it.
+void GetPaperSpecs(const Paper_s &paper, double *width, double *height, double *left, double *right, double *bottom,
+                   double *top);
+// The paper view stack of eight regions; the front one is the paper's REGIONINWORKAREA.
+void PushPaperView(const Rect_s &rect, bool resetAll);
+void PopPaperView();
+// The whole sheet with a margin of 0.05 inch.
+void FitPaperInWorkArea(bool resetAll);

@@ -7,7 +7,9 @@
 #include "base/data/dataset.h"
 #include "base/data/strand.h"
 #include "base/kernel/statechg.h"
+#include "base/plot/fieldmap.h"
 #include "base/plot/frame.h"
+#include "base/plot/linemap.h"
 
 namespace {
 
@@ -41,6 +43,15 @@ bool minMaxOver(const Frame_s *frame, bool activeOnly, double *min, double *max)
     return any;
 }
 
+bool usesFieldMaps(const Frame_s *frame) {
+    return (frame->PlotType == PlotType_Cartesian2D || frame->PlotType == PlotType_Cartesian3D) &&
+           !frame->FieldAttributes.empty();
+}
+
+bool usesLineMaps(const Frame_s *frame) {
+    return frame->PlotType == PlotType_XYLine || frame->PlotType == PlotType_PolarLine;
+}
+
 EntIndex_t zoneAt(const StrandInfo_s *info, LgIndex_t n) { return ArrayListGetItem(info->ZonesByTime, n).EntIndex; }
 double timeOf(const DataSet_s *dataSet, EntIndex_t zone) { return GetZoneSpec(dataSet, zone)->SolutionTime; }
 
@@ -56,7 +67,23 @@ std::vector<double> collapseTimes(std::vector<double> times, double tolerance) {
 }  // namespace
 
 bool IsActiveStrand(const Frame_s *frame, int32_t strand) {
-    return frame != nullptr && frame->DataSet != nullptr && GetStrandInfo(frame->DataSet, strand) != nullptr;
+    if (frame == nullptr || frame->DataSet == nullptr || GetStrandInfo(frame->DataSet, strand) == nullptr) return false;
+    // A field plot shows the strands of its active field maps, a line plot those of the zones of
+    // its active line maps; a frame without maps (a sketch) counts every strand.
+    if (usesFieldMaps(frame)) {
+        const Set_a *active = frame->ActiveFieldMaps;
+        for (SetIndex_t m = active != nullptr ? GetNextMember(active, -1) : -1; m >= 0; m = GetNextMember(active, m))
+            if (!frame->FieldAttributes[size_t(m)]->MapsZones && frame->FieldAttributes[size_t(m)]->StrandID == strand)
+                return true;
+        return false;
+    }
+    if (usesLineMaps(frame)) {
+        std::unique_ptr<Set_a, SetDeleter> zones(GetZonesFromActiveLineMaps(frame));
+        for (SetIndex_t z = zones ? GetNextMember(zones.get(), -1) : -1; z >= 0; z = GetNextMember(zones.get(), z))
+            if (z < frame->DataSet->NumZones && GetZoneSpec(frame->DataSet, EntIndex_t(z))->StrandID == strand) return true;
+        return false;
+    }
+    return true;
 }
 
 bool AnyActiveStrands(const Frame_s *frame) {
@@ -147,27 +174,69 @@ EntIndex_t GetStrandCandidateZone(const Frame_s *frame, int32_t strand) {
     return frame->SolutionTime < min ? zoneAt(info, 0) : zoneAt(info, count - 1);
 }
 
-bool GetRelevantZones(const Frame_s *frame, bool onlyStrandMaps, double time, Set_a **zones) {
-    *zones = nullptr;
-    if (frame == nullptr || frame->DataSet == nullptr) return false;
+namespace {
+
+// The union of the relevant zones of the maps in `maps` (all maps when null), skipping maps of
+// their own zone lists if asked.
+bool unionOfFieldMaps(const Frame_s *frame, const Set_a *maps, bool onlyStrandMaps, double time, Set_a *zones) {
+    for (int m = 0; m < NumFieldMaps(frame); m++) {
+        if (maps != nullptr && !InSet(maps, m)) continue;
+        if (onlyStrandMaps && frame->FieldAttributes[size_t(m)]->MapsZones) continue;
+        std::unique_ptr<Set_a, SetDeleter> relevant(GetFieldMapRelevantZones(frame, m, time));
+        if (relevant && !AppendSet(zones, relevant.get(), false)) return false;
+    }
+    return true;
+}
+
+// Without field maps: the strands' relevant zones, and the static zones unless only strands.
+bool unionOfStrands(const Frame_s *frame, bool onlyStrandMaps, double time, Set_a *zones) {
     const DataSet_s *dataSet = frame->DataSet;
-    *zones = AllocSet(false);
-    bool ok = *zones != nullptr;
+    bool ok = true;
     forStrands(frame, true, [&](int32_t s) {
         std::unique_ptr<Set_a, SetDeleter> relevant(GetStrandRelevantZones(frame, s, time));
-        if (ok && relevant) ok = AppendSet(*zones, relevant.get(), false);
+        if (ok && relevant) ok = AppendSet(zones, relevant.get(), false);
     });
     if (ok && !onlyStrandMaps)
         for (SetIndex_t z = GetNextMember(dataSet->EnabledZones, -1); ok && z >= 0;
              z = GetNextMember(dataSet->EnabledZones, z))
-            if (GetZoneSpec(dataSet, EntIndex_t(z))->StrandID < 0) ok = AddToSet(*zones, z, false);
+            if (GetZoneSpec(dataSet, EntIndex_t(z))->StrandID < 0) ok = AddToSet(zones, z, false);
+    return ok;
+}
+
+}  // namespace
+
+bool GetRelevantZones(const Frame_s *frame, bool onlyStrandMaps, double time, Set_a **zones) {
+    *zones = nullptr;
+    if (frame == nullptr || frame->DataSet == nullptr) return false;
+    *zones = AllocSet(false);
+    bool ok = *zones != nullptr && (frame->FieldAttributes.empty()
+                                        ? unionOfStrands(frame, onlyStrandMaps, time, *zones)
+                                        : unionOfFieldMaps(frame, nullptr, onlyStrandMaps, time, *zones));
     if (!ok) DeallocSet(zones);
     return ok;
 }
 
 const Set_a *GetActiveRelevantZones(Frame_s *frame) {
-    if (frame->ActiveRelevantZones == nullptr) GetRelevantZones(frame, false, frame->SolutionTime, &frame->ActiveRelevantZones);
-    return frame->ActiveRelevantZones;
+    if (frame->ActiveRelevantZones != nullptr || frame->DataSet == nullptr) return frame->ActiveRelevantZones;
+    Set_a *zones = AllocSet(false);
+    bool ok = zones != nullptr;
+    if (ok && usesFieldMaps(frame)) {
+        ok = frame->ActiveFieldMaps == nullptr ||
+             unionOfFieldMaps(frame, frame->ActiveFieldMaps, false, frame->SolutionTime, zones);
+    } else if (ok && usesLineMaps(frame)) {
+        // The zones of the shown line maps that are relevant at the frame's time.
+        std::unique_ptr<Set_a, SetDeleter> mapZones(GetZonesFromActiveLineMaps(frame)), all;
+        Set_a *relevant = nullptr;
+        ok = mapZones && GetRelevantZones(frame, false, frame->SolutionTime, &relevant);
+        all.reset(relevant);
+        for (SetIndex_t z = ok ? GetNextMember(mapZones.get(), -1) : -1; ok && z >= 0; z = GetNextMember(mapZones.get(), z))
+            if (InSet(relevant, z)) ok = AddToSet(zones, z, false);
+    } else if (ok) {
+        ok = unionOfStrands(frame, false, frame->SolutionTime, zones);
+    }
+    if (!ok) DeallocSet(&zones);
+    frame->ActiveRelevantZones = zones;
+    return zones;
 }
 
 bool StrandIsInContext(const Frame_s *frame, int32_t strand) {
