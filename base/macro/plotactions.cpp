@@ -6,6 +6,7 @@
 #include "base/macro/actcmd.h"
 #include "base/macro/vocabtables.h"
 #include "base/plot/frame.h"
+#include "base/plot/framelink.h"
 #include "base/plot/linemap.h"
 #include "base/plot/view.h"
 
@@ -79,6 +80,12 @@ bool handleWorkspaceView(const ActionCommand_s &cmd) {
                                 cmd.number(MacroSetValue_Y2, 0.0));
 }
 
+bool handlePropagateLinking(const ActionCommand_s &cmd) {
+    cmd.logAction();
+    return Action_PropagateLinking(LinkType_e(cmd.integer(MacroSetValue_LINKTYPE, LinkType_BetweenFrames)),
+                                   FrameCollection_e(cmd.integer(MacroSetValue_FRAMECOLLECTION, FrameCollection_All)));
+}
+
 struct PlotActionHandler_s {
     int Action;
     ActionHandler_pf Handler;
@@ -94,6 +101,7 @@ const PlotActionHandler_s PlotActionHandlers[] = {
     {MacroAction_VIEW, handleView},
     {MacroAction_ROTATE3DVIEW, handleRotate3DView},
     {MacroAction_WORKSPACEVIEW, handleWorkspaceView},
+    {MacroAction_PROPAGATELINKING, handlePropagateLinking},
 };
 
 }  // namespace

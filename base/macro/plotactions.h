@@ -1,5 +1,5 @@
 // Macro handlers of the actions on frames, maps and views: ATTACHDATASET, the line map actions,
-// VIEW, ROTATE3DVIEW and WORKSPACEVIEW.
+// VIEW, ROTATE3DVIEW, WORKSPACEVIEW and PROPAGATELINKING.
 #pragma once
 
 #include "base/macro/dataactions.h"

@@ -27,6 +27,7 @@
 #include "base/kernel/undo.h"
 #include "base/macro/macrorec.h"
 #include "base/plot/fieldmap.h"
+#include "base/plot/framelink.h"
 #include "base/plot/linemap.h"
 #include "base/plot/solntime.h"
 
@@ -723,6 +724,37 @@ bool isMapStyleRow(int row) {
            row == MacroSetValue_XYMAP;
 }
 
+// The leaf row of a path: its last entry.
+int leafOf(const int path[7]) {
+    int n = 0;
+    while (n < 6 && path[n + 1] >= 0) n++;
+    return path[n];
+}
+
+// A link flag may be switched on only where the frame's plot type lets it act.
+bool linkAllowed(const int path[7], ArbParam_t argValue, std::string *error) {
+    if (IsProcessingConfigFile || IsPerformingUndo() || CurFrame == nullptr || argValue == 0) return true;
+    if (path[0] != MacroSetValue_LINKING && path[0] != MacroSetValue_FRAMELINKING) return true;
+    int leaf = leafOf(path);
+    return !IsLinkFlagRow(leaf) || FrameOkToSetLink(CurFrame, leaf, error);
+}
+
+// After a change of the current frame: a link switched on takes the linked attribute, a changed
+// attribute goes to the linked frames.
+void followLinks(const int path[7], ArbParam_t argValue) {
+    Frame_s *frame = CurFrame;
+    if (frame == nullptr) return;
+    int leaf = leafOf(path);
+    if ((path[0] == MacroSetValue_LINKING || path[0] == MacroSetValue_FRAMELINKING) && IsLinkFlagRow(leaf) && argValue != 0)
+        AddLinkToCurFrame(leaf);
+    else if (path[0] == MacroSetValue_FRAMELAYOUT)
+        PropagateAttributesToLinkedFrames(frame, MacroSetValue_LINKFRAMESIZEANDPOSITION);
+    else if (path[0] == MacroSetValue_THREEDVIEW || path[0] == MacroSetValue_GLOBALTHREED ||
+             path[0] == MacroSetValue_TWODAXIS || path[0] == MacroSetValue_XYLINEAXIS || path[0] == MacroSetValue_XYAXIS ||
+             path[0] == MacroSetValue_POLARVIEW)
+        PropagateView(frame);
+}
+
 // The frame record a frame row addresses: the base record while the configuration file runs,
 // else the current frame's.
 FrameStyle_s *frameStyleTarget() {
@@ -764,9 +796,14 @@ SetValueReturnCode_e SetValue7(ArbParam_t argValue, double doubleValue, AssignOp
     } else if (isFrame && IsFrameStyleMajorRow(path[0])) {
         FrameStyle_s *style = frameStyleTarget();
         std::string error;
-        code = style == nullptr ? fail(SetValue_ContextError, "There is no current frame.")
-                                : FrameStyleSetValue(style, path, argValue, doubleValue, assignOp, &error);
+        if (style == nullptr)
+            code = fail(SetValue_ContextError, "There is no current frame.");
+        else if (!linkAllowed(path, argValue, &error))
+            code = fail(SetValue_ContextError, error);
+        else
+            code = FrameStyleSetValue(style, path, argValue, doubleValue, assignOp, &error);
         if (!error.empty()) LastSetValueError = error;
+        if (code == SetValue_Ok && !IsProcessingConfigFile) followLinks(path, argValue);
     } else if (isFrame) {
         code = fail(SetValue_InvalidCommandOption, "$!" + rowName(path[0]) + " is not available yet.");
     } else {

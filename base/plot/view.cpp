@@ -13,6 +13,7 @@
 #include "base/kernel/set.h"
 #include "base/kernel/statechg.h"
 #include "base/plot/fieldmap.h"
+#include "base/plot/framelink.h"
 #include "base/plot/frame.h"
 #include "base/plot/linemap.h"
 #include "base/plot/solntime.h"
@@ -539,6 +540,7 @@ bool Action_View(View_e view, char axis, int axisNum, double a, double b, double
     if (!ok) return false;
     if (push) pushView(frame, true);
     SetTransformations();
+    PropagateView(frame);
     StateChanged(StateChange_View, nullptr);
     return true;
 }
@@ -598,6 +600,7 @@ bool Action_ViewRotate3D(RotateCommand_e rotation, double angleDegrees, const XY
     }
     NormalizeViewAngles(view);
     SetTransformations();
+    PropagateView(frame);
     StateChanged(StateChange_View, nullptr);
     return true;
 }

@@ -184,3 +184,21 @@ TEST(FramesE2E, LineMapsAreMadeCopiedAndDeleted) {
     EXPECT_EQ(echoes(log), (std::vector<std::string>{"1 2", "2", "5 6.0001"})) << log;
     EXPECT_EQ(values(log), (std::vector<std::string>{"[1]", "2", "2", "2"})) << log;
 }
+
+TEST(FramesE2E, LinkedFramesShareRangesAndSize) {
+    Scratch s;
+    s.write("a.dat", kTwoSurfaces);
+    const std::string link = "$!LINKING BETWEENFRAMES { LINKXAXISRANGE = YES LINKFRAMESIZEANDPOSITION = YES }\n";
+    std::string log = run(s, "$!READDATASET '\"a.dat\"'\n$!VIEW DATAFIT\n" + link +
+                                 "$!CREATENEWFRAME XYPOS { X = 1 Y = 1 } WIDTH = 3 HEIGHT = 3\n"
+                                 "$!ATTACHDATASET FRAME = 1\n$!PLOTTYPE = CARTESIAN2D\n" + link +
+                                 echo("|AXISMINX| |AXISMAXX|") + "$!VIEW ZOOM X1 = 2 Y1 = 1 X2 = 4 Y2 = 3\n" +
+                                 "$!FRAMELAYOUT WIDTH = 5\n$!FRAMECONTROL PUSHTOP\n" + echo("|AXISMINX| |AXISMAXX|") +
+                                 getValue("FRAMELAYOUT WIDTH") + "$!PLOTTYPE = SKETCH\n" +
+                                 "$!LINKING BETWEENFRAMES { LINK3DVIEW = YES }\n");
+    // The new frame took the range of the linked frame when it was linked; the zoom and the new
+    // width went back to the first frame.
+    EXPECT_EQ(echoes(log), (std::vector<std::string>{"0 30.003", "2 4"})) << log;
+    EXPECT_EQ(values(log), (std::vector<std::string>{"5"})) << log;
+    EXPECT_TRUE(HoldsMessage(log, "Plot type must be 3D to link 3D views")) << log;
+}
