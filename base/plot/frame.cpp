@@ -64,6 +64,8 @@ void deleteZone(DataSet_s *dataSet, EntIndex_t zone) {
 
 void deleteVar(DataSet_s *dataSet, EntIndex_t var) {
     forFramesOf(dataSet, [&](FrameZoneList_s *list) { FrameZoneListDeleteVar(list, var); });
+    for (auto &frame : FrameStack)
+        if (frame->DataSet == dataSet) FrameStyleDeleteVarFromLineMaps(frame.get(), var);
 }
 
 void installDataSetHooks() {

@@ -129,6 +129,27 @@ void FrameStyleDeleteZoneFromLineMaps(Frame_s *frame, EntIndex_t zone) {
     }
 }
 
+void FrameStyleDeleteVarFromLineMaps(Frame_s *frame, EntIndex_t var) {
+    auto shift = [var](int *number) {
+        if (*number > var) (*number)--;
+    };
+    for (int m = NumLineMaps(frame) - 1; m >= 0; m--) {
+        LineMapStyle_s &style = lineMapOf(frame, m)->Style;
+        if (style.Assign.XAxisVar == var || style.Assign.YAxisVar == var) {
+            DeleteLineMap(frame, m);
+            continue;
+        }
+        if (style.Assign.SortVar == var) style.Assign.SortVar = -1;
+        if (style.ErrorBars.Var == var) style.ErrorBars.Var = -1;
+        if (style.Curves.WeightVar == var) style.Curves.WeightVar = -1;
+        shift(&style.Assign.XAxisVar);
+        shift(&style.Assign.YAxisVar);
+        shift(&style.Assign.SortVar);
+        shift(&style.ErrorBars.Var);
+        shift(&style.Curves.WeightVar);
+    }
+}
+
 bool Action_CreateLineMap() {
     if (AddNewLineMap(CurFrame, nullptr, false) < 0) return false;
     notifyLineMaps(StateChange_LineMapAssign);

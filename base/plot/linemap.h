@@ -36,6 +36,8 @@ void LineMapsClear(Frame_s *frame);
 // A zone added or deleted in the frame's data set: maps keep naming the same zones.
 void IncorporateZoneIntoLineMaps(Frame_s *frame, EntIndex_t zone);
 void FrameStyleDeleteZoneFromLineMaps(Frame_s *frame, EntIndex_t zone);
+// A variable is about to be deleted: maps drawing it go, higher variable numbers move down one.
+void FrameStyleDeleteVarFromLineMaps(Frame_s *frame, EntIndex_t var);
 
 // The actions behind $!CREATELINEMAP, $!DELETELINEMAPS and $!DUPLICATELINEMAP (one-based map
 // numbers as given in macros, converted by the caller).

@@ -180,8 +180,10 @@ TEST(FramesE2E, LineMapsAreMadeCopiedAndDeleted) {
                                  "$!CREATELINEMAP\n$!DUPLICATELINEMAP SOURCEMAP = 2 DESTINATIONMAP = 3\n" +
                                  getValue("LINEMAP 3 ASSIGN ZONE") + "$!DELETELINEMAPS [1]\n" +
                                  echo("|NUMLINEMAPS|") + getValue("LINEMAP 1 ASSIGN ZONE") + "$!VIEW DATAFIT\n" +
-                                 "$!ACTIVELINEMAPS = [1]\n$!VIEW DATAFIT\n" + echo("|AXISMINX| |AXISMAXY|"));
-    EXPECT_EQ(echoes(log), (std::vector<std::string>{"1 2", "2", "5 6.0001"})) << log;
+                                 "$!ACTIVELINEMAPS = [1]\n$!VIEW DATAFIT\n" + echo("|AXISMINX| |AXISMAXY|") +
+                                 "$!DELETEVARS [2]\n" + echo("|NUMLINEMAPS|"));
+    // Deleting the Y variable takes the maps that draw it.
+    EXPECT_EQ(echoes(log), (std::vector<std::string>{"1 2", "2", "5 6.0001", "0"})) << log;
     EXPECT_EQ(values(log), (std::vector<std::string>{"[1]", "2", "2", "2"})) << log;
 }
 
