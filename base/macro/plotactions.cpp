@@ -5,6 +5,7 @@
 
 #include "base/macro/actcmd.h"
 #include "base/macro/vocabtables.h"
+#include "base/plot/draw0.h"
 #include "base/plot/frame.h"
 #include "base/plot/framelink.h"
 #include "base/plot/linemap.h"
@@ -86,6 +87,26 @@ bool handlePropagateLinking(const ActionCommand_s &cmd) {
                                    FrameCollection_e(cmd.integer(MacroSetValue_FRAMECOLLECTION, FrameCollection_All)));
 }
 
+bool handleRedraw(const ActionCommand_s &cmd) {
+    cmd.logAction();
+    return Action_Redraw(cmd.flag(MacroSetValue_DOFULLDRAWING, true));
+}
+
+bool handleRedrawAll(const ActionCommand_s &cmd) {
+    cmd.logAction();
+    return Action_RedrawAll(cmd.flag(MacroSetValue_DOFULLDRAWING, true));
+}
+
+bool handleDrawGraphics(const ActionCommand_s &cmd) {
+    cmd.logAction();
+    return Action_DrawGraphics(cmd.Mandatory != 0);
+}
+
+bool handleDoubleBuffer(const ActionCommand_s &cmd) {
+    cmd.logAction();
+    return Action_DoubleBuffer(DoubleBufferAction_e(cmd.Mandatory));
+}
+
 struct PlotActionHandler_s {
     int Action;
     ActionHandler_pf Handler;
@@ -102,6 +123,10 @@ const PlotActionHandler_s PlotActionHandlers[] = {
     {MacroAction_ROTATE3DVIEW, handleRotate3DView},
     {MacroAction_WORKSPACEVIEW, handleWorkspaceView},
     {MacroAction_PROPAGATELINKING, handlePropagateLinking},
+    {MacroAction_REDRAW, handleRedraw},
+    {MacroAction_REDRAWALL, handleRedrawAll},
+    {MacroAction_DRAWGRAPHICS, handleDrawGraphics},
+    {MacroAction_DOUBLEBUFFER, handleDoubleBuffer},
 };
 
 }  // namespace

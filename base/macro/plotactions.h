@@ -1,5 +1,5 @@
 // Macro handlers of the actions on frames, maps and views: ATTACHDATASET, the line map actions,
-// VIEW, ROTATE3DVIEW, WORKSPACEVIEW and PROPAGATELINKING.
+// VIEW, ROTATE3DVIEW, WORKSPACEVIEW, PROPAGATELINKING, and the redraw commands.
 #pragma once
 
 #include "base/macro/dataactions.h"

@@ -26,6 +26,7 @@
 #include "base/plot/framestyle.h"
 #include "base/kernel/undo.h"
 #include "base/macro/macrorec.h"
+#include "base/plot/draw0.h"
 #include "base/plot/fieldmap.h"
 #include "base/plot/framelink.h"
 #include "base/plot/linemap.h"
@@ -724,6 +725,56 @@ bool isMapStyleRow(int row) {
            row == MacroSetValue_XYMAP;
 }
 
+// What a style change leaves to be drawn again.
+void markForStyleChange(const int path[7]) {
+    Frame_s *frame = CurFrame;
+    if (frame == nullptr || IsProcessingConfigFile) return;
+    switch (path[0]) {
+    case MacroSetValue_FRAMEMODE:
+    case MacroSetValue_PLOTTYPE: return;  // the plot type change marks for itself
+    case MacroSetValue_GLOBALTHREED:
+        if (path[1] == MacroSetValue_ROTATEORIGIN || path[1] == MacroSetValue_SLICE)
+            MarkWorkAreaForScreenUpdate();
+        else if (path[1] == MacroSetValue_LIGHTSOURCE)
+            MarkFrameLightSourceForScreenUpdate(frame);
+        else if (path[1] != MacroSetValue_PSIANGLE && path[1] != MacroSetValue_THETAANGLE && path[1] != MacroSetValue_ALPHAANGLE)
+            MarkEntireFrameForScreenUpdate(frame);
+        return;
+    case MacroSetValue_THREEDVIEW: MarkFrameViewForScreenUpdate(frame); return;
+    case MacroSetValue_FRAMENAME:
+        MarkFrameStyleForScreenUpdate(frame);
+        MarkFramePostDataForScreenUpdate(frame);
+        return;
+    case MacroSetValue_ACTIVEFIELDZONES:
+    case MacroSetValue_ACTIVEFIELDMAPS:
+    case MacroSetValue_FIELD:
+    case MacroSetValue_FIELDMAP:
+    case MacroSetValue_FIELDLAYERS: MarkFrameZonesForScreenUpdate(frame); return;
+    case MacroSetValue_GLOBALSCATTER:
+        if (path[1] == MacroSetValue_LEGEND)
+            MarkFramePostDataForScreenUpdate(frame);
+        else
+            MarkFrameDataForScreenUpdate(frame);
+        return;
+    case MacroSetValue_GLOBALCONTOUR:
+        if (path[2] == MacroSetValue_LEGEND) {
+            MarkFramePostDataForScreenUpdate(frame);
+        } else {
+            MarkFrameDataForScreenUpdate(frame);
+            if (path[2] == MacroSetValue_LABELS) MarkFramePostDataForScreenUpdate(frame);
+        }
+        return;
+    case MacroSetValue_GLOBALTWODVECTOR:
+    case MacroSetValue_GLOBALTHREEDVECTOR:
+    case MacroSetValue_GLOBALSTREAM:
+    case MacroSetValue_GLOBALISOSURFACE:
+    case MacroSetValue_ISOSURFACEATTRIBUTES:
+    case MacroSetValue_SLICEATTRIBUTES: return;
+    case MacroSetValue_FRAMELAYOUT: MarkFrameSizeAndPositionForScreenUpdate(frame); return;
+    default: MarkEntireFrameForScreenUpdate(frame); return;
+    }
+}
+
 // The leaf row of a path: its last entry.
 int leafOf(const int path[7]) {
     int n = 0;
@@ -818,6 +869,12 @@ SetValueReturnCode_e SetValue7(ArbParam_t argValue, double doubleValue, AssignOp
                         path[1] == MacroSetValue_SCALE || path[1] == MacroSetValue_DATA);
     if (code == SetValue_Ok && IsRecording() && !IsPerformingUndo() && !toolSetting)
         RecordSetValueCommand(path, argValue, doubleValue, int(assignOp));
+    if (code == SetValue_Ok) {
+        if (isFrame)
+            markForStyleChange(path);
+        else if (path[0] == MacroSetValue_PAPER || path[0] == MacroSetValue_BASICCOLOR)
+            MarkWorkAreaForScreenUpdate();
+    }
     if (code == SetValue_Ok && raiseStateChange && !IsProcessingStylesheet) announce(path);
     if (undoBlock) EndUndoCommandBlock(code == SetValue_Ok);
     return code;

@@ -18,9 +18,11 @@
 #include "base/kernel/strutil.h"
 #include "base/macro/vocabtables.h"
 #include "base/macro/setvalue.h"
+#include "base/plot/draw0.h"
 #include "base/plot/fieldmap.h"
 #include "base/plot/linemap.h"
 #include "base/plot/solntime.h"
+#include "base/plot/vdi.h"
 
 Frame_s *CurFrame = nullptr;
 
@@ -45,14 +47,22 @@ void forFramesOf(DataSet_s *dataSet, F f) {
         if (frame->DataSet == dataSet && frame->ZoneList != nullptr) f(frame->ZoneList);
 }
 
+// The frames that show the data set draw their data again.
+void markDataOf(DataSet_s *dataSet) {
+    for (auto &frame : FrameStack)
+        if (frame->DataSet == dataSet) MarkFrameDataForScreenUpdate(frame.get());
+}
+
 void invalidateDerivedVar(DataSet_s *dataSet, EntIndex_t zone, EntIndex_t var) {
     forFramesOf(dataSet, [&](FrameZoneList_s *list) { FrameZoneListInvalidate(list, zone, var); });
+    markDataOf(dataSet);
 }
 
 bool incorporateZone(DataSet_s *dataSet, EntIndex_t zone) {
     forFramesOf(dataSet, [&](FrameZoneList_s *list) { FrameZoneListInvalidate(list, zone, -1); });
     for (auto &frame : FrameStack)
         if (frame->DataSet == dataSet && !IncorporateZoneIntoFrameStyle(frame.get(), zone)) return false;
+    markDataOf(dataSet);
     return true;
 }
 
@@ -60,6 +70,7 @@ void deleteZone(DataSet_s *dataSet, EntIndex_t zone) {
     forFramesOf(dataSet, [&](FrameZoneList_s *list) { FrameZoneListDeleteZone(list, zone); });
     for (auto &frame : FrameStack)
         if (frame->DataSet == dataSet) FrameStyleDeleteZone(frame.get(), zone);
+    markDataOf(dataSet);
 }
 
 void deleteVar(DataSet_s *dataSet, EntIndex_t var) {
@@ -157,6 +168,7 @@ void DoPopping(int index) {
     if (index < 0 || index >= top) return;
     std::rotate(FrameStack.begin() + index, FrameStack.begin() + index + 1, FrameStack.end());
     ResetTopFrame();
+    SetFrameOrderOutOfDateOnScreen();
     StateChanged(StateChange_NewTopFrame, nullptr);
 }
 
@@ -164,6 +176,7 @@ void DoPushing(int index) {
     if (index <= 0 || index >= FrameStackCount()) return;
     std::rotate(FrameStack.begin(), FrameStack.begin() + index, FrameStack.begin() + index + 1);
     ResetTopFrame();
+    SetFrameOrderOutOfDateOnScreen();
     StateChanged(StateChange_NewTopFrame, nullptr);
 }
 
@@ -230,9 +243,11 @@ bool DoForAllLikeFramesExceptSelfInAllPages(const Frame_s *frame, bool (*visit)(
 bool DeleteTopFrame() {
     if (FrameStack.empty()) return false;
     Frame_s *top = FrameStack.back().get();
+    VDI_ReleaseAndDeallocDisplayListArray(top->DisplayLists, 3);
     DetachDataSetFromFrame(top);
     FrameStack.pop_back();
     ResetTopFrame();
+    MarkWorkAreaForScreenUpdate();
     StateChanged(StateChange_FrameDeleted, nullptr);
     // The page always has a frame.
     if (FrameStack.empty()) return CreateNewFrame(nullptr);
@@ -330,6 +345,7 @@ bool FitAllFramesInPaper() {
 
 void DeleteAllFrames() {
     for (auto &frame : FrameStack) {
+        VDI_ReleaseAndDeallocDisplayListArray(frame->DisplayLists, 3);
         DetachDataSetFromFrame(frame.get());
         FrameZoneListDealloc(&frame->ZoneList);
     }
@@ -492,6 +508,10 @@ bool AttachDataSetToCurFrame(DataSet_s **dataSet, ReadDataOption_e option, bool 
         refreshFrameTime(frame);
     }
     SetNewPlotType(plotType, resetStyle, false);
+    for (Frame_s *frame : takers) {
+        frame->ViewNeedsReset = frame->ViewNeedsReset || resetStyle || present == nullptr;
+        MarkEntireFrameForScreenUpdate(frame);
+    }
     StateChanged(StateChange_DataSetReset, nullptr);
     return true;
 }
@@ -536,6 +556,7 @@ bool SetNewPlotType(PlotType_e requested, bool resetStyle, bool checkLinks) {
     }
     if (changed) {
         frame->ViewNeedsReset = true;
+        MarkEntireFrameForScreenUpdate(frame);
         StateChangeSupplementalInfoSetStyleParam(0, MacroSetValue_PLOTTYPE);
         StateChanged(StateChange_Style, nullptr);
     }

@@ -14,6 +14,7 @@
 #include "base/plot/framestyle.h"
 
 struct DataSet_s;
+struct DisplayList_s;
 struct FieldAttributes_s;
 struct FrameZoneList_s;
 struct LineMapAttributes_s;
@@ -31,6 +32,22 @@ enum PlotType_e : int16_t {
 // How a loaded data set reaches frames: NEW only this frame, APPEND onto its data set, REPLACE in
 // every frame that shares the old data set.
 enum ReadDataOption_e : int16_t { ReadDataOption_New = 0, ReadDataOption_Append = 1, ReadDataOption_Replace = 2 };
+
+// What the screen shows of a frame and what must be drawn again. Two draw states, full (0) and
+// approximate (1), each with eight slots: start, pre-data, zone and map data, computed objects,
+// view-sensitive data, sorted panels, post-data, finish.
+constexpr int NumFrameDrawSlots = 8;
+struct FrameDrawState_s {
+    bool NeedsUpdate[2] = {true, true};
+    bool SlotValid[2][NumFrameDrawSlots] = {};
+    bool IsVisible = true;
+    bool ScreenUpdateEnabled = true;
+    bool AlwaysFull = true;
+    bool DrawingApproximate = false;
+    bool WasInterrupted = false;
+    // 0 nothing, 1 approximate, 2 full: what the back and the front buffer hold.
+    int BackLevel = 0, FrontLevel = 0;
+};
 
 struct Frame_s {
     std::string Name;
@@ -68,6 +85,11 @@ struct Frame_s {
     ViewStack_s<Rect_s> TwoDViewStack;
     ViewStack_s<ThreeDSavedView_s> ThreeDViewStack;
     bool ViewNeedsReset = true;
+
+    FrameDrawState_s DrawState;
+    // The work area's display lists of the full (8 slots), approximate (8) and minimal (1) draw
+    // states; made on first use, never in batch mode.
+    DisplayList_s *DisplayLists[3] = {};
 
     Frame_s() = default;
     Frame_s(const Frame_s &) = delete;

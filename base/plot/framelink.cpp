@@ -7,6 +7,7 @@
 
 #include "base/kernel/statechg.h"
 #include "base/macro/vocabtables.h"
+#include "base/plot/draw0.h"
 #include "base/plot/frame.h"
 #include "base/plot/view.h"
 
@@ -220,6 +221,10 @@ void PropagateAttributesToLinkedFrames(Frame_s *source, int linkRow) {
         Frame_s *target = FrameStackGet(n);
         if (target == source || !LinkFlagIsOn(linkRow, group, target) || !qualifies(target, linkRow)) continue;
         if (!copier->second(source, target)) continue;
+        if (linkRow == MacroSetValue_LINKFRAMESIZEANDPOSITION)
+            MarkFrameSizeAndPositionForScreenUpdate(target);
+        else
+            MarkFrameViewForScreenUpdate(target);
         CurFrame = target;
         SetTransformations();
         changed = true;

@@ -12,11 +12,13 @@
 #include "base/kernel/genbase.h"
 #include "base/kernel/set.h"
 #include "base/kernel/statechg.h"
+#include "base/plot/draw0.h"
 #include "base/plot/fieldmap.h"
 #include "base/plot/framelink.h"
 #include "base/plot/frame.h"
 #include "base/plot/linemap.h"
 #include "base/plot/solntime.h"
+#include "base/plot/vdi.h"
 
 Transformations_s CurTransforms;
 ThreeDViewCalc_s CurThreeDViewCalc;
@@ -467,6 +469,7 @@ void SetTransformations() {
         inputs.YAxis = limitsOf(*y);
     }
     Set2DTransformations(inputs, CurTransforms);
+    VDI_SetHardcopyMap(CurTransforms.Screen2Hardcopy);
     running = false;
 }
 
@@ -540,6 +543,7 @@ bool Action_View(View_e view, char axis, int axisNum, double a, double b, double
     if (!ok) return false;
     if (push) pushView(frame, true);
     SetTransformations();
+    MarkFrameViewForScreenUpdate(frame);
     PropagateView(frame);
     StateChanged(StateChange_View, nullptr);
     return true;
@@ -600,6 +604,7 @@ bool Action_ViewRotate3D(RotateCommand_e rotation, double angleDegrees, const XY
     }
     NormalizeViewAngles(view);
     SetTransformations();
+    MarkFrameViewForScreenUpdate(frame);
     PropagateView(frame);
     StateChanged(StateChange_View, nullptr);
     return true;
@@ -637,6 +642,7 @@ bool Action_WorkspaceView(WorkspaceView_e view, double x1, double y1, double x2,
         // Only the window's layout changes; there is nothing to do without one.
         return true;
     }
+    MarkWorkAreaForScreenUpdate();
     SetTransformations();
     StateChanged(StateChange_View, nullptr);
     return true;
