@@ -642,3 +642,35 @@ void FitPaperInWorkArea(bool resetAll) {
     GetPaperSpecs(GeneralBase.Paper, &width, &height, &left, &right, &bottom, &top);
     PushPaperView(Rect_s{-0.05, -0.05, width + 0.05, height + 0.05}, resetAll);
 }
+
+namespace {
+
+// A frame's style from a template, keeping what makes the frame itself.
+void restyleFrame(Frame_s *frame, const FrameStyle_s &from, bool keepLayout, bool keepPlotType) {
+    FrameLayout_s layout = frame->Style.FrameLayout;
+    frame->Style = from;
+    if (keepLayout) {
+        FrameLayout_s &now = frame->Style.FrameLayout;
+        now.HeaderFont = layout.HeaderFont;
+        now.BorderThickness = layout.BorderThickness;
+        now.ShowBorder = layout.ShowBorder;
+        now.ShowHeader = layout.ShowHeader;
+    }
+    frame->Style.FrameLayout.Rect = layout.Rect;
+    if (!keepPlotType) frame->PlotType = PlotType_Sketch;
+    FieldMapsClear(frame);
+    LineMapsClear(frame);
+    frame->ViewNeedsReset = true;
+    if (frame->DataSet != nullptr) FrameStyleSynchronizeWithDataSet(frame, frame->PlotType, true);
+    MarkEntireFrameForScreenUpdate(frame);
+}
+
+}  // namespace
+
+void ResetFrameStylePreserveFrameLayoutAndPlotType(Frame_s *frame) {
+    restyleFrame(frame, GetFrameTemplate(FrameStyleBase == StyleBase_Factory), true, true);
+}
+
+void SetFrameAttributesToDefaults(Frame_s *frame, StyleBase_e base) {
+    restyleFrame(frame, GetFrameTemplate(base == StyleBase_Factory), false, false);
+}

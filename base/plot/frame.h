@@ -187,6 +187,13 @@ bool SetNewPlotType(PlotType_e requested, bool resetStyle, bool checkLinks);
 // On refusal *error holds the message.
 bool ChangeCurFramePlotType(PlotType_e requested, std::string *error);
 
+// A frame's style afresh from the template of the style base in use, keeping its name, unique ID,
+// data set, plot type, rectangle and the layout numbers (header font, border thickness, border
+// and header shown); its maps are made again.
+void ResetFrameStylePreserveFrameLayoutAndPlotType(Frame_s *frame);
+// The same from the chosen base, keeping only the rectangle; the plot type goes back to a sketch.
+void SetFrameAttributesToDefaults(Frame_s *frame, StyleBase_e base);
+
 // The sheet as it lies: in landscape the width and height swap and the hard clip offsets turn
 // with it.
 void GetPaperSpecs(const Paper_s &paper, double *width, double *height, double *left, double *right, double *bottom,

@@ -204,3 +204,14 @@ TEST(FramesE2E, LinkedFramesShareRangesAndSize) {
     EXPECT_EQ(values(log), (std::vector<std::string>{"5"})) << log;
     EXPECT_TRUE(HoldsMessage(log, "Plot type must be 3D to link 3D views")) << log;
 }
+
+TEST(FramesE2E, RedrawCommandsRunHeadless) {
+    Scratch s;
+    s.write("a.dat", kTwoSurfaces);
+    std::string log = run(s, "$!READDATASET '\"a.dat\"'\n$!REDRAW\n$!REDRAWALL DOFULLDRAWING = NO\n"
+                             "$!DRAWGRAPHICS NO\n$!FIELDMAP [1] MESH { COLOR = BLUE }\n$!DRAWGRAPHICS YES\n"
+                             "$!DOUBLEBUFFER ON\n$!DOUBLEBUFFER SWAP\n$!DOUBLEBUFFER OFF\n" + echo("done"));
+    EXPECT_EQ(echoes(log), (std::vector<std::string>{"done"})) << log;
+    for (const char *action : {"ACTION: REDRAW", "ACTION: REDRAWALL", "ACTION: DRAWGRAPHICS", "ACTION: DOUBLEBUFFER"})
+        EXPECT_NE(log.find(action), std::string::npos) << action << "\n" << log;
+}

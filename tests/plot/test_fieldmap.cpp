@@ -182,3 +182,37 @@ TEST_F(FieldMapTest, ThreeDFitSizesTheViewToTheBox) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(FieldMapTest, ResettingStyleKeepsWhatMakesTheFrame) {
+    makeDataSet(3, 2);
+    ASSERT_TRUE(SetNewPlotType(PlotType_Cartesian2D, false, false));
+    Frame_s *frame = CurFrame;
+    frame->Name = "Kept";
+    uint64_t id = frame->UniqueID;
+    frame->Style.FrameLayout.Rect = Rect_s{2, 6, 7, 1};
+    frame->Style.FrameLayout.BorderThickness = 0.01;
+    frame->Style.FrameLayout.BackgroundColor = 3;
+    frame->Style.ThreeDView.PsiAngle = 0.5;
+    frame->FieldAttributes[1]->Style.Mesh.Color = 9;
+
+    ResetFrameStylePreserveFrameLayoutAndPlotType(frame);
+    EXPECT_EQ(frame->Name, "Kept");
+    EXPECT_EQ(frame->UniqueID, id);
+    EXPECT_EQ(frame->PlotType, PlotType_Cartesian2D);
+    EXPECT_EQ(frame->Style.FrameLayout.Rect.X1, 2);
+    EXPECT_EQ(frame->Style.FrameLayout.BorderThickness, 0.01);
+    EXPECT_EQ(frame->Style.FrameLayout.BackgroundColor, FrameFactoryDefaults.FrameLayout.BackgroundColor);
+    EXPECT_EQ(frame->Style.ThreeDView.PsiAngle, FrameFactoryDefaults.ThreeDView.PsiAngle);
+    ASSERT_EQ(NumFieldMaps(frame), 2);
+    EXPECT_EQ(frame->FieldAttributes[1]->Style.Mesh.Color, 2);  // made again: GREEN
+
+    SetFrameAttributesToDefaults(frame, StyleBase_Factory);
+    EXPECT_EQ(frame->PlotType, PlotType_Sketch);
+    EXPECT_EQ(frame->Style.FrameLayout.Rect.Y2, 1);
+    EXPECT_EQ(frame->Style.FrameLayout.BorderThickness, FrameFactoryDefaults.FrameLayout.BorderThickness);
+    EXPECT_EQ(frame->DataSet, dataSet());
+}
+
+}  // namespace
