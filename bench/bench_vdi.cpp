@@ -1,10 +1,12 @@
 // Line and fill rate of the device layer into a 1920 x 1080 off-screen image (OSMesa, no display):
 // 1,000,000 short lines and 100,000 filled quadrilaterals drawn through VDI_, and the same
 // primitives issued as raw OpenGL calls in the same context (the OpenGL calls the layer makes for
-// them: one line strip or polygon per primitive, colour changes every 100 primitives). Each
-// pass ends with glFinish, so rasterisation is in the time. Passes alternate layer and raw, twice
-// each, after a warm-up; the best of each is reported with the ratio layer / raw. Both give the
-// same picture, checked by comparing the images. Prints the OpenGL renderer that ran.
+// them: one line strip or polygon per primitive, colour changes every 100 primitives), once
+// through the layer's table of entry points (glfuncs) and once by name, bound at link time to
+// OSMesa. Each pass ends with glFinish, so rasterisation is in the time. Passes alternate, twice
+// each, after a warm-up; the best of each is reported with the ratios layer / raw and table / by
+// name. All give the same picture, checked by comparing the images (which also shows that the
+// calls by name reached the context). Prints the OpenGL renderer that ran.
 #include <GL/gl.h>
 
 #include <algorithm>
@@ -15,6 +17,7 @@
 
 #include "base/kernel/genbase.h"
 #include "base/kernel/globals.h"
+#include "base/plot/glfuncs.h"
 #include "base/plot/vdi.h"
 
 namespace {
@@ -66,7 +69,7 @@ double msSince(std::chrono::steady_clock::time_point start) {
 
 void clearImage() {
     Gr_ClearDrawArea(RGB_s{255, 255, 255});
-    glFinish();
+    GrGL.Finish();
 }
 
 std::vector<uint8_t> readImage() {
@@ -89,37 +92,57 @@ double vdiLines(const std::vector<Segment_s> &segments) {
         VDI_Line_Abs(s.X2, s.Y2);
         VDI_End_Path(false);
     }
-    glFinish();
+    GrGL.Finish();
     return msSince(start);
 }
 
 // The view the layer sets for 2D drawing over the whole image.
 void rawSetup2DView() {
-    glViewport(0, 0, ImageWidth, ImageHeight);
-    glMatrixMode(GL_PROJECTION);
-    glLoadIdentity();
-    glOrtho(0.0, ImageWidth, ImageHeight, 0.0, -1.0, 1.0);
-    glMatrixMode(GL_MODELVIEW);
-    glLoadIdentity();
-    glDisable(GL_SCISSOR_TEST);
+    GrGL.Viewport(0, 0, ImageWidth, ImageHeight);
+    GrGL.MatrixMode(GL_PROJECTION);
+    GrGL.LoadIdentity();
+    GrGL.Ortho(0.0, ImageWidth, ImageHeight, 0.0, -1.0, 1.0);
+    GrGL.MatrixMode(GL_MODELVIEW);
+    GrGL.LoadIdentity();
+    GrGL.Disable(GL_SCISSOR_TEST);
+    GrGL.LineWidth(1.0f);
 }
+
+// The calls of the timed loops, by name or through the table; inline, so that by name stays a
+// direct call.
+struct ByName_s {
+    static void Color3ubv(const GLubyte *rgb) { glColor3ubv(rgb); }
+    static void Begin(GLenum mode) { glBegin(mode); }
+    static void End() { glEnd(); }
+    static void Vertex2f(GLfloat x, GLfloat y) { glVertex2f(x, y); }
+    static void Vertex2i(GLint x, GLint y) { glVertex2i(x, y); }
+    static void Finish() { glFinish(); }
+};
+struct ThroughTable_s {
+    static void Color3ubv(const GLubyte *rgb) { GrGL.Color3ubv(rgb); }
+    static void Begin(GLenum mode) { GrGL.Begin(mode); }
+    static void End() { GrGL.End(); }
+    static void Vertex2f(GLfloat x, GLfloat y) { GrGL.Vertex2f(x, y); }
+    static void Vertex2i(GLint x, GLint y) { GrGL.Vertex2i(x, y); }
+    static void Finish() { GrGL.Finish(); }
+};
 
 const GLubyte BasicRGB[7][3] = {{0, 0, 0}, {255, 0, 0}, {0, 255, 0}, {0, 0, 255}, {0, 255, 255}, {255, 255, 0}, {255, 0, 255}};
 
+template <typename GL_t>
 double rawLines(const std::vector<Segment_s> &segments) {
     clearImage();
     rawSetup2DView();
-    glLineWidth(1.0f);
     auto start = std::chrono::steady_clock::now();
     for (int n = 0; n < NumLines; n++) {
-        if (n % PrimitivesPerColour == 0) glColor3ubv(BasicRGB[(n / PrimitivesPerColour) % 7]);
+        if (n % PrimitivesPerColour == 0) GL_t::Color3ubv(BasicRGB[(n / PrimitivesPerColour) % 7]);
         const Segment_s &s = segments[n];
-        glBegin(GL_LINE_STRIP);
-        glVertex2f(s.X1 + 0.375f, s.Y1 + 0.375f);
-        glVertex2f(s.X2 + 0.375f, s.Y2 + 0.375f);
-        glEnd();
+        GL_t::Begin(GL_LINE_STRIP);
+        GL_t::Vertex2f(s.X1 + 0.375f, s.Y1 + 0.375f);
+        GL_t::Vertex2f(s.X2 + 0.375f, s.Y2 + 0.375f);
+        GL_t::End();
     }
-    glFinish();
+    GL_t::Finish();
     double ms = msSince(start);
     Gr_InvalidateCache();
     return ms;
@@ -138,30 +161,32 @@ double vdiPolygons(const std::vector<Quad_s> &quads) {
         VDI_PushVert(q.X[0], q.Y[0]);
         VDI_Pgon(true, false);
     }
-    glFinish();
+    GrGL.Finish();
     return msSince(start);
 }
 
+template <typename GL_t>
 double rawPolygons(const std::vector<Quad_s> &quads) {
     clearImage();
     rawSetup2DView();
     auto start = std::chrono::steady_clock::now();
     for (int n = 0; n < NumPolygons; n++) {
-        if (n % PrimitivesPerColour == 0) glColor3ubv(BasicRGB[(n / PrimitivesPerColour) % 7]);
+        if (n % PrimitivesPerColour == 0) GL_t::Color3ubv(BasicRGB[(n / PrimitivesPerColour) % 7]);
         const Quad_s &q = quads[n];
-        glBegin(GL_POLYGON);
-        for (int v = 0; v < 4; v++) glVertex2i(q.X[v], q.Y[v]);
-        glEnd();
+        GL_t::Begin(GL_POLYGON);
+        for (int v = 0; v < 4; v++) GL_t::Vertex2i(q.X[v], q.Y[v]);
+        GL_t::End();
     }
-    glFinish();
+    GL_t::Finish();
     double ms = msSince(start);
     Gr_InvalidateCache();
     return ms;
 }
 
-void report(const char *what, int count, double vdiMs, double rawMs, bool samePicture) {
-    printf("%-9s %8d  layer %9.1f ms (%6.2f M/s)   raw %9.1f ms (%6.2f M/s)   layer/raw %.3f   same picture: %s\n",
-           what, count, vdiMs, count / vdiMs / 1000.0, rawMs, count / rawMs / 1000.0, vdiMs / rawMs,
+void report(const char *what, int count, double vdiMs, double tableMs, double byNameMs, bool samePicture) {
+    printf("%-9s %8d  layer %8.1f ms (%5.2f M/s)  raw through table %8.1f ms  raw by name %8.1f ms  "
+           "layer/raw %.3f  table/by name %.3f  same picture: %s\n",
+           what, count, vdiMs, count / vdiMs / 1000.0, tableMs, byNameMs, vdiMs / tableMs, tableMs / byNameMs,
            samePicture ? "yes" : "NO");
 }
 
@@ -178,7 +203,7 @@ int main() {
     VDI_SetupGraphics();
     VDI_SetClipping(0, 0, ImageWidth - 1, ImageHeight - 1, true);
     const char *display = getenv("DISPLAY");
-    printf("renderer: %s | %s | DISPLAY %s\n", Gr_GetRendererName(), glGetString(GL_VERSION),
+    printf("renderer: %s | %s | DISPLAY %s\n", Gr_GetRendererName(), GrGL.GetString(GL_VERSION),
            display != nullptr ? display : "unset");
     printf("image %d x %d\n", ImageWidth, ImageHeight);
 
@@ -187,22 +212,27 @@ int main() {
 
     // Warm-up: compile the rasteriser's shaders for these states.
     vdiLines(segments);
-    rawPolygons(quads);
+    rawPolygons<ThroughTable_s>(quads);
 
-    double bestVdiLines = 1e30, bestRawLines = 1e30, bestVdiPolys = 1e30, bestRawPolys = 1e30;
+    double bestVdiLines = 1e30, bestTableLines = 1e30, bestNameLines = 1e30;
+    double bestVdiPolys = 1e30, bestTablePolys = 1e30, bestNamePolys = 1e30;
     bool linesSame = true, polysSame = true;
     for (int pass = 0; pass < 2; pass++) {
         bestVdiLines = std::min(bestVdiLines, vdiLines(segments));
         std::vector<uint8_t> vdiImage = readImage();
-        bestRawLines = std::min(bestRawLines, rawLines(segments));
+        bestTableLines = std::min(bestTableLines, rawLines<ThroughTable_s>(segments));
         linesSame = linesSame && readImage() == vdiImage;
-        bestRawPolys = std::min(bestRawPolys, rawPolygons(quads));
+        bestNameLines = std::min(bestNameLines, rawLines<ByName_s>(segments));
+        linesSame = linesSame && readImage() == vdiImage;
+        bestNamePolys = std::min(bestNamePolys, rawPolygons<ByName_s>(quads));
         std::vector<uint8_t> rawImage = readImage();
+        bestTablePolys = std::min(bestTablePolys, rawPolygons<ThroughTable_s>(quads));
+        polysSame = polysSame && readImage() == rawImage;
         bestVdiPolys = std::min(bestVdiPolys, vdiPolygons(quads));
         polysSame = polysSame && readImage() == rawImage;
     }
-    report("lines", NumLines, bestVdiLines, bestRawLines, linesSame);
-    report("polygons", NumPolygons, bestVdiPolys, bestRawPolys, polysSame);
+    report("lines", NumLines, bestVdiLines, bestTableLines, bestNameLines, linesSame);
+    report("polygons", NumPolygons, bestVdiPolys, bestTablePolys, bestNamePolys, polysSame);
 
     VDI_SetRenderDest(RenderDest_None);
     Gr_Mopup();

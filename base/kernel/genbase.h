@@ -170,7 +170,8 @@ struct MouseButtonActions_s {
 
 // OpenGL settings of one destination (SCREENRENDERING, IMAGERENDERING). Factory (our choice):
 // strips of 250 primitives, 5000 primitives per block, a 24-bit depth buffer, textures up to
-// 2048 pixels, all lines stippled, no rectangle and last-pixel corrections.
+// 2048 pixels, all lines stippled, no rectangle correction; the last-pixel correction for images
+// only.
 struct OpenGLRendering_s {
     bool AdjustRectangleRightAndBottom = false;
     bool DoExtraDrawForLastPixel = false;
@@ -195,7 +196,8 @@ struct OpenGLConfig_s {
     bool IncludeBackBufferDuringFrontBufferDraws = true;
     double MaxImageFilterMagnification = 2.0;
     OpenGLRendering_s ScreenRendering;
-    OpenGLRendering_s ImageRendering;
+    // Exported images set the last pixel of a precise line.
+    OpenGLRendering_s ImageRendering{.DoExtraDrawForLastPixel = true};
 };
 
 // Steps of the translate and magnify tools, fractions (macros show percent).

@@ -118,6 +118,7 @@ void RegisterLockOwner(const LockOwner_s *owner) {
 }
 
 void MouseButtonStateRegisterCallback(bool (*isButtonDown)(int button)) { isMouseButtonDown = isButtonDown; }
+bool IsMouseButtonStateCallbackRegistered() { return isMouseButtonDown != nullptr; }
 
 int OrvanexLockCount() { return lockStack != nullptr ? lockStack->count : 0; }
 

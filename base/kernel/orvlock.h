@@ -44,6 +44,8 @@ void RegisterLockOwner(const LockOwner_s *owner);
 // The window layer answers whether mouse button 1, 2 or 3 is down; null restores the default,
 // which answers "not down".
 void MouseButtonStateRegisterCallback(bool (*isButtonDown)(int button));
+// True while a callback other than the default is registered (checked before graphics start).
+bool IsMouseButtonStateCallbackRegistered();
 // Called after each successful unlock; the menu layer removes its clear-placeholder entry and
 // clears its record of an add-on having changed the top-level menu.
 extern void (*UnlockMenuCleanupHook)();

@@ -25,7 +25,6 @@
 #include "base/kernel/orvassert.h"
 #include "base/kernel/orvlock.h"
 #include "base/kernel/paths.h"
-#include "base/kernel/phyfile.h"
 #include "base/kernel/scratch.h"
 #include "base/data/readdataset.h"
 #include "base/kernel/seams.h"
@@ -40,6 +39,9 @@
 #include "base/kernel/version.h"
 #include "base/macro/macro1.h"
 #include "base/plot/frame.h"
+#include "base/field/plot.h"
+#include "base/output/export.h"
+#include "base/plot/vdi.h"
 #include "ui/uimain.h"
 
 namespace {
@@ -66,22 +68,6 @@ void InitializeHelp() {
     }
     if (setenv("HHHOME", (OrvanexHomeDirectory + "/help").c_str(), 1) != 0)
         ErrMsg("Unable to attach to help engine");
-}
-
-bool Gr_Init() {
-    if (!AllocPointBuffer()) return false;
-    LoadPhysicalDisplayFile();
-    GraphicsAreInitialized = true;
-    return true;
-}
-
-void Gr_Mopup() {
-    if (InBatchMode) return;
-    PhysicalDisplay.WorkAreaWidth = WorkAreaWidth;
-    PhysicalDisplay.WorkAreaHeight = WorkAreaHeight;
-    PhysicalDisplay.DotsPerCmX = DotsPerCmX;
-    PhysicalDisplay.DotsPerCmY = DotsPerCmY;
-    WritePhysicalDisplayFile(PhysicalDisplayFileName(), PhysicalDisplay);
 }
 
 // Moves the base stores (never the factory ones) to the values new work should get, between the
@@ -216,10 +202,17 @@ bool InitOrvanex(int argc, char **argv) {
     return CreateNewFrame();
 }
 
-bool InitializeGraphicsCallbacks() { return true; }
+// The batch callbacks of the device layer stand until the window layer registers its own over
+// them; StartUp verifies all of them through Gr_Init.
+bool InitializeGraphicsCallbacks() {
+    Gr_RegisterBatchProxyCallbacks();
+    RegisterBitImageDevice();
+    RegisterFieldPlotLayers();
+    return true;
+}
 
 bool StartUp(int, char **) {
-    if (!Gr_Init() || !InitializeScratchSpace()) return false;
+    if (!Gr_Init() || !AllocPointBuffer() || !InitializeScratchSpace()) return false;
     RegisterSidebarStateChangeMonitor();
     ConfigureInterfaceLayout();
 

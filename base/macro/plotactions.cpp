@@ -4,6 +4,7 @@
 #include <string>
 
 #include "base/macro/actcmd.h"
+#include "base/output/export.h"
 #include "base/macro/vocabtables.h"
 #include "base/plot/draw0.h"
 #include "base/plot/frame.h"
@@ -107,6 +108,12 @@ bool handleDoubleBuffer(const ActionCommand_s &cmd) {
     return Action_DoubleBuffer(DoubleBufferAction_e(cmd.Mandatory));
 }
 
+bool handleExport(const ActionCommand_s &cmd) {
+    if (cmd.flag(MacroSetValue_APPEND, false)) return cmd.fail("APPEND is only for movie formats.");
+    cmd.logAction();
+    return Action_Export(int(cmd.integer(MacroSetValue_EXPORTREGION, 255)));
+}
+
 struct PlotActionHandler_s {
     int Action;
     ActionHandler_pf Handler;
@@ -123,6 +130,7 @@ const PlotActionHandler_s PlotActionHandlers[] = {
     {MacroAction_ROTATE3DVIEW, handleRotate3DView},
     {MacroAction_WORKSPACEVIEW, handleWorkspaceView},
     {MacroAction_PROPAGATELINKING, handlePropagateLinking},
+    {MacroAction_EXPORT, handleExport},
     {MacroAction_REDRAW, handleRedraw},
     {MacroAction_REDRAWALL, handleRedrawAll},
     {MacroAction_DRAWGRAPHICS, handleDrawGraphics},

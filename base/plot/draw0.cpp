@@ -417,7 +417,7 @@ void DrawFrameBorderAndHeader(bool forceColorChoice, bool drawBorder) {
         VDI_Set_Line_Style(pixels, LinePattern_Solid, 0, LineCap_Flat, LineJoin_Miter);
         VDI_Rectangle(r.X1, r.Y1, r.X2, r.Y2, true, false);
     } else {
-        for (int n = 0; n < thickness; n++) VDI_Rectangle(r.X1 + n, r.Y1 + n, r.X2 - 1 - n, r.Y2 - 1 - n, true, false);
+        for (int n = 0; n < thickness; n++) VDI_Rectangle(r.X1 + n, r.Y1 + n, r.X2 - n, r.Y2 - n, true, false);
     }
     if (layout.ShowBorder && layout.ShowHeader) {
         // The header bar; its text waits for the stroke fonts.
@@ -498,6 +498,7 @@ bool RedrawAllFrames(RedrawReason_e reason) {
     for (int n = 0; n < FrameStackCount(); n++) {
         Frame_s *frame = FrameStackGet(n);
         if (!frame->DrawState.ScreenUpdateEnabled && CurrentRenderDest == RenderDest_WorkArea) continue;
+        if (!frame->DrawState.SelectedForDrawing) continue;
         AssignCurFrame(n);
         bool full = DoFullDrawingForFrameAndRedrawReason(frame, reason);
         SetTransformations();

@@ -45,6 +45,7 @@ struct FrameDrawState_s {
     bool AlwaysFull = true;
     bool DrawingApproximate = false;
     bool WasInterrupted = false;
+    bool SelectedForDrawing = true;  // an export of one frame leaves the others out
     // 0 nothing, 1 approximate, 2 full: what the back and the front buffer hold.
     int BackLevel = 0, FrontLevel = 0;
 };

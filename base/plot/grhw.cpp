@@ -14,6 +14,7 @@
 
 #include "base/kernel/errors.h"
 #include "base/kernel/globals.h"
+#include "base/plot/glfuncs.h"
 #include "base/plot/grcolor.h"
 
 #if defined(__SANITIZE_ADDRESS__)
@@ -118,8 +119,63 @@ struct Offscreen_s {
     OSMesaContext Context = nullptr;
     std::vector<uint8_t> Buffer;
     int Width = 0, Height = 0;
+    bool IsNew = false;  // constructed and not yet cleared to the paper
 };
 Offscreen_s Offscreen;
+
+// The look-up of the off-screen library, in the form the table loader takes.
+void *offscreenGetProc(const char *name) { return reinterpret_cast<void *>(OSMesaGetProcAddress(name)); }
+
+// Finishes what was drawn into the image and lets the context go, before the memory is freed.
+void releaseOffscreenContext() {
+    if (Offscreen.Context == nullptr || OSMesaGetCurrentContext() != Offscreen.Context) return;
+    GrHW_EndBlock();
+    GrGL.Finish();
+    OSMesaMakeCurrent(nullptr, nullptr, 0, 0, 0);
+}
+
+// The largest image the off-screen renderer takes, asked once of a context made current on a
+// one-pixel buffer; 0, 0 if no context can be had.
+void maxOffscreenSize(int *width, int *height) {
+    static int maxWidth = -1, maxHeight = -1;
+    if (maxWidth < 0) {
+        maxWidth = maxHeight = 0;
+        if (Offscreen.Context == nullptr) Offscreen.Context = OSMesaCreateContextExt(OSMESA_RGBA, 24, 0, 0, nullptr);
+        uint8_t pixel[4];
+        if (Offscreen.Context != nullptr && OSMesaMakeCurrent(Offscreen.Context, pixel, GL_UNSIGNED_BYTE, 1, 1)) {
+            GLint value = 0;
+            OSMesaGetIntegerv(OSMESA_MAX_WIDTH, &value);
+            maxWidth = value;
+            OSMesaGetIntegerv(OSMESA_MAX_HEIGHT, &value);
+            maxHeight = value;
+            OSMesaMakeCurrent(nullptr, nullptr, 0, 0, 0);
+        }
+    }
+    *width = maxWidth;
+    *height = maxHeight;
+}
+
+// What an image shows before anything is drawn: the paper's colour, white for a transparent
+// paper.
+RGB_s paperColor() {
+    const Paper_s &paper = GeneralBase.Paper;
+    if (paper.IsTransparent || paper.BackgroundColor < 0 || paper.BackgroundColor >= NumBasicColors)
+        return RGB_s{255, 255, 255};
+    return GeneralBase.BasicColor[paper.BackgroundColor];
+}
+
+// Clears colour and depth of the whole image. The context may come from an earlier image with
+// the scissor on or depth writes off, and the caches need not know it: the state is set outright
+// and the caches told.
+void clearNewImage(RGB_s rgb) {
+    GrGL.Disable(GL_SCISSOR_TEST);
+    GrGL.DepthMask(GL_TRUE);
+    GrGL.ClearColor(rgb.R / 255.0f, rgb.G / 255.0f, rgb.B / 255.0f, 1.0f);
+    GrGL.ClearDepth(1.0);
+    GrGL.Clear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    HW.Scissor = 0;
+    HW.DepthWrite = 1;
+}
 
 struct DirectExport_s {
     bool Active = false;
@@ -160,9 +216,9 @@ void sendColor(RGB_s rgb) {
     bool asMaterial = HW.IsLit && !Gr_RenderingConfig().UseGLColorMaterialFunction;
     if (HW.ColorValid && asMaterial == HW.ColorWasMaterial && memcmp(c, HW.Color, sizeof(c)) == 0) return;
     if (asMaterial)
-        GLSTATE(glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT_AND_DIFFUSE, c));
+        GLSTATE(GrGL.Materialfv(GL_FRONT_AND_BACK, GL_AMBIENT_AND_DIFFUSE, c));
     else
-        GLSTATE(glColor4fv(c));
+        GLSTATE(GrGL.Color4fv(c));
     memcpy(HW.Color, c, sizeof(c));
     HW.ColorValid = true;
     HW.ColorWasMaterial = asMaterial;
@@ -171,9 +227,9 @@ void sendColor(RGB_s rgb) {
 void setEnable(int &cached, bool on, GLenum cap) {
     if (cached == (on ? 1 : 0)) return;
     if (on)
-        GLSTATE(glEnable(cap));
+        GLSTATE(GrGL.Enable(cap));
     else
-        GLSTATE(glDisable(cap));
+        GLSTATE(GrGL.Disable(cap));
     cached = on ? 1 : 0;
 }
 
@@ -181,13 +237,13 @@ void applyBlend() {
     int wanted = Req.WriteMode == WriteMode_XOR ? 2 : (HW.Alpha < 1.0 ? 1 : 0);
     if (wanted == HW.BlendMode) return;
     if (wanted == 0) {
-        GLSTATE(glDisable(GL_BLEND));
+        GLSTATE(GrGL.Disable(GL_BLEND));
     } else {
-        if (HW.BlendMode <= 0) GLSTATE(glEnable(GL_BLEND));
+        if (HW.BlendMode <= 0) GLSTATE(GrGL.Enable(GL_BLEND));
         if (wanted == 1)
-            GLSTATE(glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA));
+            GLSTATE(GrGL.BlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA));
         else
-            GLSTATE(glBlendFunc(GL_ONE_MINUS_DST_COLOR, GL_ZERO));
+            GLSTATE(GrGL.BlendFunc(GL_ONE_MINUS_DST_COLOR, GL_ZERO));
     }
     HW.BlendMode = wanted;
     HW.ColorValid = false;  // the alpha sent with colours changed
@@ -201,7 +257,7 @@ bool stippleSolidLines() {
 void applyLineStyle() {
     GLfloat width = static_cast<GLfloat>(std::max(1, roundToDot(Req.Thickness)));
     if (width != HW.LineWidth) {
-        GLSTATE(glLineWidth(width));
+        GLSTATE(GrGL.LineWidth(width));
         HW.LineWidth = width;
     }
     uint16_t bits = 0xFFFF;
@@ -210,7 +266,7 @@ void applyLineStyle() {
     bool stipple = patterned || stippleSolidLines();
     setEnable(HW.Stipple, stipple, GL_LINE_STIPPLE);
     if (stipple && (bits != HW.StippleBits || factor != HW.StippleFactor)) {
-        GLSTATE(glLineStipple(factor, bits));
+        GLSTATE(GrGL.LineStipple(factor, bits));
         HW.StippleBits = bits;
         HW.StippleFactor = factor;
     }
@@ -219,13 +275,13 @@ void applyLineStyle() {
 void setPolygonMode(PolygonMode_e mode) {
     if (HW.PolygonMode == mode) return;
     static const GLenum modes[] = {GL_FILL, GL_LINE, GL_POINT};
-    GLSTATE(glPolygonMode(GL_FRONT_AND_BACK, modes[mode]));
+    GLSTATE(GrGL.PolygonMode(GL_FRONT_AND_BACK, modes[mode]));
     HW.PolygonMode = mode;
 }
 
 void setShadeModel(ShadeModel_e model) {
     if (HW.ShadeModel == model) return;
-    GLSTATE(glShadeModel(model == ShadeModel_Smooth ? GL_SMOOTH : GL_FLAT));
+    GLSTATE(GrGL.ShadeModel(model == ShadeModel_Smooth ? GL_SMOOTH : GL_FLAT));
     HW.ShadeModel = model;
 }
 
@@ -252,7 +308,7 @@ void openBlock(BlockType_e type, PolygonMode_e mode, bool lighting) {
 
 void beginPrimitiveIfNeeded() {
     if (!HW.PrimitiveBegun) {
-        glBegin(HW.Primitive);
+        GrGL.Begin(HW.Primitive);
         HW.PrimitiveBegun = true;
     }
 }
@@ -273,15 +329,15 @@ void remember(double x, double y, double z) {
 const double *TessX = nullptr;
 const double *TessY = nullptr;
 
-void GLAPIENTRY tessBegin(GLenum type) { glBegin(type); }
-void GLAPIENTRY tessEnd() { glEnd(); }
+void GLAPIENTRY tessBegin(GLenum type) { GrGL.Begin(type); }
+void GLAPIENTRY tessEnd() { GrGL.End(); }
 void GLAPIENTRY tessError(GLenum) { TessFailed = true; }
 void GLAPIENTRY tessVertex(void *data) {
     intptr_t id = reinterpret_cast<intptr_t>(data);
     if (id > 0)
-        glVertex2d(TessX[id - 1], TessY[id - 1]);
+        GrGL.Vertex2d(TessX[id - 1], TessY[id - 1]);
     else
-        glVertex2d(TessCombined[2 * (-id - 1)], TessCombined[2 * (-id - 1) + 1]);
+        GrGL.Vertex2d(TessCombined[2 * (-id - 1)], TessCombined[2 * (-id - 1) + 1]);
 }
 // Where edges cross the tessellator makes a vertex; it joins the polygon's vertices.
 void GLAPIENTRY tessCombine(GLdouble coords[3], void *[4], GLfloat[4], void **out) {
@@ -615,43 +671,43 @@ void Gr_Draw_Image(int x1, int y1, int x2, int y2, const uint8_t *rgb, int width
     if (y2 < y1) std::swap(y1, y2);
     int tileSize = std::max(64, Gr_RenderingConfig().MaxTextureSize);
     GLuint texture = 0;
-    glGenTextures(1, &texture);
-    glBindTexture(GL_TEXTURE_2D, texture);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
-    glPixelStorei(GL_UNPACK_ROW_LENGTH, width);
-    glEnable(GL_TEXTURE_2D);
+    GrGL.GenTextures(1, &texture);
+    GrGL.BindTexture(GL_TEXTURE_2D, texture);
+    GrGL.TexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+    GrGL.TexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+    GrGL.TexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
+    GrGL.TexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+    GrGL.PixelStorei(GL_UNPACK_ALIGNMENT, 1);
+    GrGL.PixelStorei(GL_UNPACK_ROW_LENGTH, width);
+    GrGL.Enable(GL_TEXTURE_2D);
     setEnable(HW.Lighting, false, GL_LIGHTING);
     HW.IsLit = false;
     sendColor(RGB_s{255, 255, 255});
-    glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_REPLACE);
+    GrGL.TexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_REPLACE);
     double pixelW = double(x2 + 1 - x1) / width, pixelH = double(y2 + 1 - y1) / height;
     for (int ty = 0; ty < height; ty += tileSize) {
         for (int tx = 0; tx < width; tx += tileSize) {
             int tw = std::min(tileSize, width - tx), th = std::min(tileSize, height - ty);
-            glPixelStorei(GL_UNPACK_SKIP_PIXELS, tx);
-            glPixelStorei(GL_UNPACK_SKIP_ROWS, ty);
-            glTexImage2D(GL_TEXTURE_2D, 0, GL_RGB, tw, th, 0, GL_RGB, GL_UNSIGNED_BYTE, rgb);
+            GrGL.PixelStorei(GL_UNPACK_SKIP_PIXELS, tx);
+            GrGL.PixelStorei(GL_UNPACK_SKIP_ROWS, ty);
+            GrGL.TexImage2D(GL_TEXTURE_2D, 0, GL_RGB, tw, th, 0, GL_RGB, GL_UNSIGNED_BYTE, rgb);
             double sx1 = x1 + tx * pixelW, sx2 = x1 + (tx + tw) * pixelW;
             double sy1 = y1 + ty * pixelH, sy2 = y1 + (ty + th) * pixelH;
             // Row 0 of the image is its top, at the small screen Y.
-            glBegin(GL_QUADS);
-            glTexCoord2d(0, 0), glVertex2d(sx1, sy1);
-            glTexCoord2d(1, 0), glVertex2d(sx2, sy1);
-            glTexCoord2d(1, 1), glVertex2d(sx2, sy2);
-            glTexCoord2d(0, 1), glVertex2d(sx1, sy2);
-            glEnd();
+            GrGL.Begin(GL_QUADS);
+            GrGL.TexCoord2d(0, 0), GrGL.Vertex2d(sx1, sy1);
+            GrGL.TexCoord2d(1, 0), GrGL.Vertex2d(sx2, sy1);
+            GrGL.TexCoord2d(1, 1), GrGL.Vertex2d(sx2, sy2);
+            GrGL.TexCoord2d(0, 1), GrGL.Vertex2d(sx1, sy2);
+            GrGL.End();
         }
     }
-    glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
-    glPixelStorei(GL_UNPACK_SKIP_PIXELS, 0);
-    glPixelStorei(GL_UNPACK_SKIP_ROWS, 0);
-    glDisable(GL_TEXTURE_2D);
-    glBindTexture(GL_TEXTURE_2D, 0);
-    glDeleteTextures(1, &texture);
+    GrGL.PixelStorei(GL_UNPACK_ROW_LENGTH, 0);
+    GrGL.PixelStorei(GL_UNPACK_SKIP_PIXELS, 0);
+    GrGL.PixelStorei(GL_UNPACK_SKIP_ROWS, 0);
+    GrGL.Disable(GL_TEXTURE_2D);
+    GrGL.BindTexture(GL_TEXTURE_2D, 0);
+    GrGL.DeleteTextures(1, &texture);
     HW.ColorValid = false;
 }
 
@@ -663,13 +719,13 @@ bool Gr_BeginDisplayList(DisplayList_s *list, int offset, bool compileAndExecute
     GrHW_EndBlock();
     if (list->Base == 0) {
         list->NumLists = std::max(1, list->NumLists);
-        list->Base = glGenLists(list->NumLists);
+        list->Base = GrGL.GenLists(list->NumLists);
         if (list->Base == 0) return false;
     }
     Building.List = list;
     Building.Name = list->Base + offset;
     Building.DeferredCall = deferredCall && !compileAndExecute;
-    glNewList(Building.Name, compileAndExecute ? GL_COMPILE_AND_EXECUTE : GL_COMPILE);
+    GrGL.NewList(Building.Name, compileAndExecute ? GL_COMPILE_AND_EXECUTE : GL_COMPILE);
     list->IsBuilt = true;
     list->IsEmpty = false;
     list->IsBeingCalled = true;
@@ -679,17 +735,17 @@ bool Gr_BeginDisplayList(DisplayList_s *list, int offset, bool compileAndExecute
 void Gr_EndDisplayList() {
     if (Building.List == nullptr) return;
     GrHW_EndBlock();
-    glEndList();
+    GrGL.EndList();
     DisplayList_s *list = Building.List;
     GLuint name = Building.Name;
     bool deferred = Building.DeferredCall;
     Building = ListBuild_s();
     list->IsBeingCalled = false;
     if (deferred) {
-        glCallList(name);
+        GrGL.CallList(name);
         Gr_InvalidateCache();
     }
-    glFlush();
+    GrGL.Flush();
 }
 
 bool Gr_IsBuildingAnyDisplayList() { return Building.List != nullptr; }
@@ -699,7 +755,7 @@ void Gr_CallDisplayList(DisplayList_s *list, int offset, bool keepCache) {
     if (list == nullptr || list->Base == 0) return;
     GrHW_EndBlock();
     list->IsBeingCalled = true;
-    glCallList(list->Base + offset);
+    GrGL.CallList(list->Base + offset);
     list->IsBeingCalled = false;
     if (!keepCache) Gr_InvalidateCache();
 }
@@ -708,8 +764,8 @@ void Gr_EmptyDisplayList(DisplayList_s *list) {
     walkListTree(list, [](DisplayList_s *node) {
         if (node->Base != 0 && !node->IsEmpty) {
             for (int n = 0; n < node->NumLists; n++) {
-                glNewList(node->Base + n, GL_COMPILE);
-                glEndList();
+                GrGL.NewList(node->Base + n, GL_COMPILE);
+                GrGL.EndList();
             }
         }
         node->IsEmpty = true;
@@ -720,7 +776,7 @@ void Gr_EmptyDisplayList(DisplayList_s *list) {
 
 void Gr_ReleaseDisplayList(DisplayList_s *list) {
     walkListTree(list, [](DisplayList_s *node) {
-        if (node->Base != 0) glDeleteLists(node->Base, node->NumLists);
+        if (node->Base != 0) GrGL.DeleteLists(node->Base, node->NumLists);
         node->Base = 0;
         node->IsBuilt = false;
         node->IsEmpty = true;
@@ -763,17 +819,17 @@ void GrHW_Vertex3D(double x, double y, double z) {
     if (sameAsLast(x, y, z)) return;
     beginPrimitiveIfNeeded();
     if (Building.List != nullptr && !GeneralBase.Interface.UseDoubleForDisplayLists)
-        glVertex3f(static_cast<GLfloat>(x), static_cast<GLfloat>(y), static_cast<GLfloat>(z));
+        GrGL.Vertex3f(static_cast<GLfloat>(x), static_cast<GLfloat>(y), static_cast<GLfloat>(z));
     else
-        glVertex3d(x, y, z);
+        GrGL.Vertex3d(x, y, z);
     remember(x, y, z);
 }
 
 void GrHW_Normal3D(double x, double y, double z) {
     if (Building.List != nullptr && !GeneralBase.Interface.UseDoubleForDisplayLists)
-        glNormal3f(static_cast<GLfloat>(x), static_cast<GLfloat>(y), static_cast<GLfloat>(z));
+        GrGL.Normal3f(static_cast<GLfloat>(x), static_cast<GLfloat>(y), static_cast<GLfloat>(z));
     else
-        glNormal3d(x, y, z);
+        GrGL.Normal3d(x, y, z);
 }
 
 void GrHW_Vertex2D(int i, int j) {
@@ -781,15 +837,15 @@ void GrHW_Vertex2D(int i, int j) {
     if (sameAsLast(i, j, 0.0)) return;
     beginPrimitiveIfNeeded();
     if (HW.CentreVertices)
-        glVertex2f(i + LineVertexOffset, j + LineVertexOffset);
+        GrGL.Vertex2f(i + LineVertexOffset, j + LineVertexOffset);
     else
-        glVertex2i(i, j);
+        GrGL.Vertex2i(i, j);
     remember(i, j, 0.0);
 }
 
 void GrHW_EndBlock() {
     if (!HW.BlockOpen) return;
-    if (HW.PrimitiveBegun) glEnd();
+    if (HW.PrimitiveBegun) GrGL.End();
     HW.BlockOpen = false;
     HW.PrimitiveBegun = false;
 }
@@ -819,7 +875,7 @@ void GrHW_SetViewport(int x1, int y1, int x2, int y2) {
     int box[4] = {x1, destHeight() - 1 - y2, x2 - x1 + 1, y2 - y1 + 1};
     if (memcmp(box, HW.ViewportBox, sizeof(box)) == 0) return;
     GrHW_EndBlock();
-    GLSTATE(glViewport(box[0], box[1], box[2], box[3]));
+    GLSTATE(GrGL.Viewport(box[0], box[1], box[2], box[3]));
     memcpy(HW.ViewportBox, box, sizeof(box));
     HW.View2DValid = false;
 }
@@ -828,7 +884,7 @@ void GrHW_SetScissor(int x1, int y1, int x2, int y2) {
     setEnable(HW.Scissor, true, GL_SCISSOR_TEST);
     int box[4] = {x1, destHeight() - 1 - y2, x2 - x1 + 1, y2 - y1 + 1};
     if (memcmp(box, HW.ScissorBox, sizeof(box)) == 0) return;
-    GLSTATE(glScissor(box[0], box[1], box[2], box[3]));
+    GLSTATE(GrGL.Scissor(box[0], box[1], box[2], box[3]));
     memcpy(HW.ScissorBox, box, sizeof(box));
 }
 
@@ -839,12 +895,12 @@ void GrHW_Setup2DView(int x1, int y1, int x2, int y2) {
     if (HW.View2DValid && memcmp(view, HW.View2D, sizeof(view)) == 0) return;
     GrHW_EndBlock();
     GrHW_SetViewport(x1, y1, x2, y2);
-    GLSTATE(glMatrixMode(GL_PROJECTION));
-    GLSTATE(glLoadIdentity());
+    GLSTATE(GrGL.MatrixMode(GL_PROJECTION));
+    GLSTATE(GrGL.LoadIdentity());
     // Screen X right and Y down; the edges of the pixels of the rectangle on its borders.
-    GLSTATE(glOrtho(x1, x2 + 1.0, y2 + 1.0, y1, -1.0, 1.0));
-    GLSTATE(glMatrixMode(GL_MODELVIEW));
-    GLSTATE(glLoadIdentity());
+    GLSTATE(GrGL.Ortho(x1, x2 + 1.0, y2 + 1.0, y1, -1.0, 1.0));
+    GLSTATE(GrGL.MatrixMode(GL_MODELVIEW));
+    GLSTATE(GrGL.LoadIdentity());
     setEnable(HW.DepthTest, false, GL_DEPTH_TEST);
     memcpy(HW.View2D, view, sizeof(view));
     HW.View2DValid = true;
@@ -858,11 +914,11 @@ void GrHW_Load3DMatrices(const Matrix4x4_s &projection, const Matrix4x4_s &model
     auto load = [&m](const Matrix4x4_s &matrix) {
         for (int row = 0; row < 4; row++)
             for (int col = 0; col < 4; col++) m[col * 4 + row] = matrix.M[row][col];
-        glLoadMatrixd(m);
+        GrGL.LoadMatrixd(m);
     };
-    GLSTATE(glMatrixMode(GL_PROJECTION));
+    GLSTATE(GrGL.MatrixMode(GL_PROJECTION));
     GLSTATE(load(projection));
-    GLSTATE(glMatrixMode(GL_MODELVIEW));
+    GLSTATE(GrGL.MatrixMode(GL_MODELVIEW));
     GLSTATE(load(modelView));
     HW.View2DValid = false;
 }
@@ -878,33 +934,33 @@ void GrHW_Setup3DLighting(const LightSource_s &light, bool oddNegativeScaleFacto
     // The light comes from the viewer's side: X and Y of the frame's direction turned over.
     GLfloat direction[4] = {static_cast<GLfloat>(-light.XYZDirection.X), static_cast<GLfloat>(-light.XYZDirection.Y),
                             static_cast<GLfloat>(light.XYZDirection.Z), 0.0f};
-    GLSTATE(glMatrixMode(GL_MODELVIEW));
-    GLSTATE(glPushMatrix());
-    GLSTATE(glLoadIdentity());
-    GLSTATE(glLightfv(GL_LIGHT0, GL_POSITION, direction));
-    GLSTATE(glPopMatrix());
-    GLSTATE(glLightModelfv(GL_LIGHT_MODEL_AMBIENT, zero));
-    GLSTATE(glLightModeli(GL_LIGHT_MODEL_TWO_SIDE, GL_TRUE));
-    GLSTATE(glLightfv(GL_LIGHT0, GL_AMBIENT, ambientColor));
-    GLSTATE(glLightfv(GL_LIGHT0, GL_DIFFUSE, diffuseColor));
-    GLSTATE(glLightfv(GL_LIGHT0, GL_SPECULAR, specular));
-    GLSTATE(glEnable(GL_LIGHT0));
+    GLSTATE(GrGL.MatrixMode(GL_MODELVIEW));
+    GLSTATE(GrGL.PushMatrix());
+    GLSTATE(GrGL.LoadIdentity());
+    GLSTATE(GrGL.Lightfv(GL_LIGHT0, GL_POSITION, direction));
+    GLSTATE(GrGL.PopMatrix());
+    GLSTATE(GrGL.LightModelfv(GL_LIGHT_MODEL_AMBIENT, zero));
+    GLSTATE(GrGL.LightModeli(GL_LIGHT_MODEL_TWO_SIDE, GL_TRUE));
+    GLSTATE(GrGL.Lightfv(GL_LIGHT0, GL_AMBIENT, ambientColor));
+    GLSTATE(GrGL.Lightfv(GL_LIGHT0, GL_DIFFUSE, diffuseColor));
+    GLSTATE(GrGL.Lightfv(GL_LIGHT0, GL_SPECULAR, specular));
+    GLSTATE(GrGL.Enable(GL_LIGHT0));
     if (light.IncludeSpecular) {
         GLfloat s = static_cast<GLfloat>(light.SpecularIntensity / 100.0);
         GLfloat materialSpecular[4] = {s, s, s, 1.0f};
-        GLSTATE(glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, materialSpecular));
-        GLSTATE(glMaterialf(GL_FRONT_AND_BACK, GL_SHININESS,
+        GLSTATE(GrGL.Materialfv(GL_FRONT_AND_BACK, GL_SPECULAR, materialSpecular));
+        GLSTATE(GrGL.Materialf(GL_FRONT_AND_BACK, GL_SHININESS,
                             static_cast<GLfloat>(std::clamp(light.SpecularShininess, 0.0, 128.0))));
     } else {
-        GLSTATE(glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, zero));
+        GLSTATE(GrGL.Materialfv(GL_FRONT_AND_BACK, GL_SPECULAR, zero));
     }
     if (Gr_RenderingConfig().UseGLColorMaterialFunction) {
-        GLSTATE(glColorMaterial(GL_FRONT_AND_BACK, GL_AMBIENT_AND_DIFFUSE));
-        GLSTATE(glEnable(GL_COLOR_MATERIAL));
+        GLSTATE(GrGL.ColorMaterial(GL_FRONT_AND_BACK, GL_AMBIENT_AND_DIFFUSE));
+        GLSTATE(GrGL.Enable(GL_COLOR_MATERIAL));
     } else {
-        GLSTATE(glDisable(GL_COLOR_MATERIAL));
+        GLSTATE(GrGL.Disable(GL_COLOR_MATERIAL));
     }
-    GLSTATE(glFrontFace(oddNegativeScaleFactors ? GL_CW : GL_CCW));
+    GLSTATE(GrGL.FrontFace(oddNegativeScaleFactors ? GL_CW : GL_CCW));
     GrHW_SetPolygonOffset(1.0);
     HW.ColorValid = false;
 }
@@ -940,20 +996,20 @@ void GrHW_DisableDepthTest() {
 void GrHW_EnableDepthWrite() {
     GrHW_EndBlock();
     if (HW.DepthWrite == 1) return;
-    GLSTATE(glDepthMask(GL_TRUE));
+    GLSTATE(GrGL.DepthMask(GL_TRUE));
     HW.DepthWrite = 1;
 }
 void GrHW_DisableDepthWrite() {
     GrHW_EndBlock();
     if (HW.DepthWrite == 0) return;
-    GLSTATE(glDepthMask(GL_FALSE));
+    GLSTATE(GrGL.DepthMask(GL_FALSE));
     HW.DepthWrite = 0;
 }
 void GrHW_ClearDepthBuffer() {
     GrHW_EndBlock();
     GrHW_EnableDepthWrite();
-    GLSTATE(glClearDepth(1.0));
-    glClear(GL_DEPTH_BUFFER_BIT);
+    GLSTATE(GrGL.ClearDepth(1.0));
+    GrGL.Clear(GL_DEPTH_BUFFER_BIT);
 }
 void GrHW_EnablePolygonOffset() {
     GrHW_EndBlock();
@@ -967,7 +1023,7 @@ void GrHW_SetPolygonOffset(double factor) {
     if (HW.PolygonOffsetFactor == factor) return;
     GrHW_EndBlock();
     double bias = Gr_RenderingConfig().PolygonOffsetExtBiasFactor;
-    GLSTATE(glPolygonOffset(static_cast<GLfloat>(factor), static_cast<GLfloat>(factor * bias)));
+    GLSTATE(GrGL.PolygonOffset(static_cast<GLfloat>(factor), static_cast<GLfloat>(factor * bias)));
     HW.PolygonOffsetFactor = factor;
 }
 
@@ -1005,6 +1061,15 @@ bool Gr_ConstructOffscreenImage(int width, int height, ExportRegion_e) {
         ErrMsg("%s", OffscreenContextMessage);
         return false;
     }
+    // The context must not draw into memory that is given back.
+    releaseOffscreenContext();
+    int maxWidth, maxHeight;
+    maxOffscreenSize(&maxWidth, &maxHeight);
+    if (width > maxWidth || height > maxHeight) {
+        ErrMsg("An image of %d by %d pixels is too large.  The largest image is %d by %d pixels.", width, height,
+               maxWidth, maxHeight);
+        return false;
+    }
     try {
         Offscreen.Buffer.assign(static_cast<size_t>(width) * static_cast<size_t>(height) * 4, 0);
     } catch (const std::bad_alloc &) {
@@ -1013,6 +1078,7 @@ bool Gr_ConstructOffscreenImage(int width, int height, ExportRegion_e) {
         return false;
     }
     Offscreen.Width = width, Offscreen.Height = height;
+    Offscreen.IsNew = true;
     OffscreenDrawAreaWidth = width, OffscreenDrawAreaHeight = height;
     return true;
 }
@@ -1029,10 +1095,22 @@ bool Gr_MakeOffscreenCurrent() {
             return false;
         }
     }
+    // A primitive still open belongs to the context that is current now.
+    GrHW_EndBlock();
     if (!OSMesaMakeCurrent(Offscreen.Context, Offscreen.Buffer.data(), GL_UNSIGNED_BYTE, Offscreen.Width,
                            Offscreen.Height)) {
         ErrMsg("%s", OffscreenContextMessage);
         return false;
+    }
+    // From here on every OpenGL call must reach OSMesa's context.
+    if (GrGLFunctionsSource() != offscreenGetProc && !GrLoadGLFunctions(offscreenGetProc)) {
+        ErrMsg("%s", OffscreenContextMessage);
+        return false;
+    }
+    // The memory of a new image holds nothing defined; it starts as the paper.
+    if (Offscreen.IsNew) {
+        clearNewImage(paperColor());
+        Offscreen.IsNew = false;
     }
     return true;
 }
@@ -1043,16 +1121,16 @@ bool Gr_PrepareOffScreenImageForPixelAccess() {
     if (DirectExport.Active) return true;
     if (Offscreen.Buffer.empty() || Offscreen.Context == nullptr) return false;
     GrHW_EndBlock();
-    glFinish();
+    GrGL.Finish();
     return true;
 }
 
 bool Gr_GetRGBPixelRow(int row, uint8_t *rgb) {
     if (DirectExport.Active) {
         if (row < 0 || row >= DirectExport.Height) return false;
-        glReadBuffer(GL_FRONT);
-        glPixelStorei(GL_PACK_ALIGNMENT, 1);
-        glReadPixels(DirectExport.OffsetX, WorkAreaHeight - 1 - DirectExport.OffsetY - row, DirectExport.Width, 1,
+        GrGL.ReadBuffer(GL_FRONT);
+        GrGL.PixelStorei(GL_PACK_ALIGNMENT, 1);
+        GrGL.ReadPixels(DirectExport.OffsetX, WorkAreaHeight - 1 - DirectExport.OffsetY - row, DirectExport.Width, 1,
                      GL_RGB, GL_UNSIGNED_BYTE, DirectExport.Row.data());
         memcpy(rgb, DirectExport.Row.data(), DirectExport.Row.size());
         return true;
@@ -1070,13 +1148,10 @@ bool Gr_GetRGBPixelRow(int row, uint8_t *rgb) {
 }
 
 void Gr_DestroyOffscreenImage() {
-    if (Offscreen.Context != nullptr && OSMesaGetCurrentContext() == Offscreen.Context) {
-        GrHW_EndBlock();
-        glFinish();
-        OSMesaMakeCurrent(nullptr, nullptr, 0, 0, 0);
-    }
+    releaseOffscreenContext();
     Offscreen.Buffer = std::vector<uint8_t>();
     Offscreen.Width = Offscreen.Height = 0;
+    Offscreen.IsNew = false;
     OffscreenDrawAreaWidth = OffscreenDrawAreaHeight = 0;
 }
 
@@ -1096,8 +1171,8 @@ void Gr_BackBuffer() {
     int &cached = HW.DrawBuffer[CurrentRenderDest];
     if (cached == GL_BACK) return;
     GrHW_EndBlock();
-    GLSTATE(glDrawBuffer(GL_BACK));
-    glFinish();
+    GLSTATE(GrGL.DrawBuffer(GL_BACK));
+    GrGL.Finish();
     cached = GL_BACK;
 }
 
@@ -1108,58 +1183,58 @@ void Gr_FrontBuffer() {
     int &cached = HW.DrawBuffer[CurrentRenderDest];
     if (cached == static_cast<int>(wanted)) return;
     GrHW_EndBlock();
-    GLSTATE(glDrawBuffer(wanted));
+    GLSTATE(GrGL.DrawBuffer(wanted));
     cached = static_cast<int>(wanted);
 }
 
 void Gr_FlushGraphics(bool finish) {
     GrHW_EndBlock();
     if (finish)
-        glFinish();
+        GrGL.Finish();
     else
-        glFlush();
+        GrGL.Flush();
 }
 
 void Gr_CopyFrontToBackingStore() {
     if (!GeneralBase.Interface.UseDoubleBuffering) return;
     GrHW_EndBlock();
-    glReadBuffer(GL_FRONT);
-    glDrawBuffer(GL_BACK);
-    glRasterPos2i(0, 0);
-    glCopyPixels(0, 0, destWidth(), destHeight(), GL_COLOR);
+    GrGL.ReadBuffer(GL_FRONT);
+    GrGL.DrawBuffer(GL_BACK);
+    GrGL.RasterPos2i(0, 0);
+    GrGL.CopyPixels(0, 0, destWidth(), destHeight(), GL_COLOR);
     Gr_InvalidateCache();
 }
 
 void Gr_CopyBackingStoreToFront() {
     if (!GeneralBase.Interface.UseDoubleBuffering) return;
     GrHW_EndBlock();
-    glReadBuffer(GL_BACK);
-    glDrawBuffer(GL_FRONT);
-    glRasterPos2i(0, 0);
-    glCopyPixels(0, 0, destWidth(), destHeight(), GL_COLOR);
+    GrGL.ReadBuffer(GL_BACK);
+    GrGL.DrawBuffer(GL_FRONT);
+    GrGL.RasterPos2i(0, 0);
+    GrGL.CopyPixels(0, 0, destWidth(), destHeight(), GL_COLOR);
     Gr_InvalidateCache();
 }
 
 void Gr_ClearDrawArea(RGB_s rgb) {
     GrHW_EndBlock();
     GrHW_DisableScissor();
-    glClearColor(rgb.R / 255.0f, rgb.G / 255.0f, rgb.B / 255.0f, 1.0f);
+    GrGL.ClearColor(rgb.R / 255.0f, rgb.G / 255.0f, rgb.B / 255.0f, 1.0f);
     GrHW_EnableDepthWrite();
-    glClearDepth(1.0);
-    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    GrGL.ClearDepth(1.0);
+    GrGL.Clear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     // The scissor returns with the next clipping request.
     GrContext.ClippingMode = ClippingMode_Invalid;
 }
 
 const char *Gr_GetRendererName() {
-    const GLubyte *name = glGetString(GL_RENDERER);
+    const GLubyte *name = GrGL.GetString(GL_RENDERER);
     return name != nullptr ? reinterpret_cast<const char *>(name) : "";
 }
 
 bool Gr_OpenGLExtensionSupported(const char *name) {
     if (name == nullptr || name[0] == '\0' || strchr(name, ' ') != nullptr) return false;
     size_t length = strlen(name);
-    const GLubyte *all = glGetString(GL_EXTENSIONS);
+    const GLubyte *all = GrGL.GetString(GL_EXTENSIONS);
     if (all == nullptr) return false;
     const char *cursor = reinterpret_cast<const char *>(all);
     while ((cursor = strstr(cursor, name)) != nullptr) {
@@ -1181,6 +1256,7 @@ void Gr_Close() {
     Gr_MopupDirectScreenExport();
     if (Offscreen.Context != nullptr) OSMesaDestroyContext(Offscreen.Context);
     Offscreen.Context = nullptr;
+    if (GrGLFunctionsSource() == offscreenGetProc) GrResetGLFunctions();
     Building = ListBuild_s();
     HW = HWState_s();
     GrContext = GrContext_s();

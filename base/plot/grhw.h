@@ -1,15 +1,16 @@
 // The OpenGL back end of the device layer: the Gr_ operations (state filtered through the cache
 // GrContext, 2D primitives, clipping, display lists, buffers) and the GrHW_ operations (blocks of
 // primitives that open lazily on their first vertex, colour and lighting, depth, polygon offset,
-// the 2D and 3D views). Fixed-function OpenGL of a compatibility context; concave polygons go
-// through the GLU tessellator. Also the off-screen image: an OSMesa context drawing into memory,
-// which needs no display at all.
+// the 2D and 3D views). Fixed-function OpenGL of a compatibility context, every call made
+// through the table of entry points of glfuncs; concave polygons go through the GLU tessellator.
+// Also the off-screen image: an OSMesa context drawing into memory, which needs no display at all.
 // Pixel geometry: screen pixel (i, j) covers [i, i+1) x [j, j+1) with Y down. Filled shapes put
 // their integer vertices on pixel corners, so a box from (x1, y1) to (x2, y2) fills exactly the
 // pixels x1..x2-1, y1..y2-1; lines and points put them inside pixel (i, j), at (i + 0.375,
 // j + 0.375), so a segment sets its first pixel and not its last.
-// Relies on: grcolor (the colour tables), devtypes, genbase (the OPENGLCONFIG settings), globals,
-// coordsys (3D matrices and the perspective lift), framestyle (the light source).
+// Relies on: glfuncs (the OpenGL entry points), grcolor (the colour tables), devtypes, genbase
+// (the OPENGLCONFIG settings, the paper), globals, coordsys (3D matrices and the perspective
+// lift), framestyle (the light source).
 #pragma once
 
 #include <cstdint>
@@ -220,10 +221,13 @@ void GrHW_RestoreContext();
 
 // ---- buffers and the off-screen image -----------------------------------------------------------
 
-// Allocates Width * Height * 4 bytes for the image; false with the message when it cannot.
+// Allocates Width * Height * 4 bytes for a new image (letting the context go from the old one);
+// false with the message when it cannot.
 bool Gr_ConstructOffscreenImage(int width, int height, ExportRegion_e region);
-// Creates the OSMesa context once (24 depth bits, no stencil, no accumulation) and binds it to
-// the image. "Error creating off-screen graphics context.\nTry specifying a smaller image size."
+// Creates the OSMesa context once (24 depth bits, no stencil, no accumulation), binds it to the
+// image and fills the OpenGL table (glfuncs) from OSMesa. The first binding of a new image clears
+// it to the paper colour (white for a transparent paper) and clears depth. "Error creating
+// off-screen graphics context.\nTry specifying a smaller image size."
 bool Gr_MakeOffscreenCurrent();
 bool Gr_IsOffscreenImageReady();
 bool Gr_PrepareOffScreenImageForPixelAccess();

@@ -8,6 +8,7 @@
 
 #include "base/kernel/errors.h"
 #include "base/kernel/globals.h"
+#include "base/kernel/orvlock.h"
 #include "base/kernel/phyfile.h"
 
 VDIHooks_s VDIHooks{};
@@ -24,6 +25,15 @@ RenderDestCallback_pf RenderDestCallback = nullptr;
 RenderDestSizeCallback_pf RenderDestSizeCallback = nullptr;
 SwapBuffersCallback_pf SwapBuffersCallback = nullptr;
 DotPitchCallback_pf DotPitchCallback = nullptr;
+KeyStateCallback_pf KeyStateCallback = nullptr;
+
+// The destination VDI_SetRenderDest is handing to the render destination callback (255 outside
+// that call), and what the callback answered last.
+RenderDest_e DestBeingSelected = RenderDest_None;
+bool RenderDestBound = true;
+
+// Gr_Init has run and Gr_Mopup not yet.
+bool DeviceLayerIsUp = false;
 
 CoordMap_s HardcopyMap;
 
@@ -127,22 +137,22 @@ void drawPolylineByLines(const std::vector<XY_s> &points) {
     VDI_End_Path(false);
 }
 
-// Batch proxy callbacks.
+// Batch proxy callbacks. Without a display only the off-screen image has a context.
 bool batchRenderDest(RenderDest_e dest) {
-    if (dest == RenderDest_OffscreenBitmap) return Gr_IsOffscreenImageReady() && Gr_MakeOffscreenCurrent();
+    if (dest == RenderDest_OffscreenBitmap) return SetRenderDestToOffscreenBitmap();
     return true;
 }
-void batchRenderDestSize(RenderDest_e dest, int *width, int *height) {
-    if (dest == RenderDest_WorkArea) {
-        *width = PhysicalDisplay.WorkAreaWidth;
-        *height = PhysicalDisplay.WorkAreaHeight;
-    }
+void batchRenderDestSize(RenderDest_e, int *width, int *height) {
+    *width = PhysicalDisplay.WorkAreaWidth;
+    *height = PhysicalDisplay.WorkAreaHeight;
 }
 void batchSwapBuffers(RenderDest_e) {}
 void batchDotPitch(double *dotsPerCmX, double *dotsPerCmY) {
     *dotsPerCmX = PhysicalDisplay.DotsPerCmX;
     *dotsPerCmY = PhysicalDisplay.DotsPerCmY;
 }
+bool batchKeyState(int) { return false; }
+bool batchMouseButtonState(int) { return false; }
 
 void freeListTree(DisplayList_s *list) {
     while (list != nullptr) {
@@ -179,6 +189,9 @@ void RenderDestRegisterCallback(RenderDestCallback_pf callback) { RenderDestCall
 void RenderDestSizeRegisterCallback(RenderDestSizeCallback_pf callback) { RenderDestSizeCallback = callback; }
 void SwapBuffersRegisterCallback(SwapBuffersCallback_pf callback) { SwapBuffersCallback = callback; }
 void DotPitchRegisterCallback(DotPitchCallback_pf callback) { DotPitchCallback = callback; }
+void KeyStateRegisterCallback(KeyStateCallback_pf callback) { KeyStateCallback = callback; }
+
+bool Gr_IsKeyDown(int key) { return KeyStateCallback != nullptr && KeyStateCallback(key); }
 
 bool VerifyAllRequiredGRProxyCallbacks() {
     const char *missing = nullptr;
@@ -190,6 +203,10 @@ bool VerifyAllRequiredGRProxyCallbacks() {
         missing = "Error: Required Swap Buffers Callback is not Registered";
     else if (DotPitchCallback == nullptr)
         missing = "Error: Required Dot Pitch Callback is not Registered";
+    else if (KeyStateCallback == nullptr)
+        missing = "Error: Required Key State Callback is not Registered";
+    else if (!IsMouseButtonStateCallbackRegistered())
+        missing = "Error: Required Mouse Button State Callback is not Registered";
     if (missing == nullptr) return true;
     ErrMsg("%s", missing);
     return false;
@@ -200,6 +217,13 @@ void Gr_RegisterBatchProxyCallbacks() {
     RenderDestSizeRegisterCallback(batchRenderDestSize);
     SwapBuffersRegisterCallback(batchSwapBuffers);
     DotPitchRegisterCallback(batchDotPitch);
+    KeyStateRegisterCallback(batchKeyState);
+    MouseButtonStateRegisterCallback(batchMouseButtonState);
+}
+
+void _Gr_CheckInterrupt(const char *, const char *, int) {
+    // Key and button presses come from the window layer's event queue; there is none in batch
+    // mode, and none until that layer exists, so nothing sets Interrupted here.
 }
 
 void VDI_SetHardcopyMap(const CoordMap_s &screen2Hardcopy) { HardcopyMap = screen2Hardcopy; }
@@ -210,7 +234,11 @@ const CoordMap_s &VDI_GetHardcopyMap() { return HardcopyMap; }
 void VDI_SetRenderDest(RenderDest_e dest) {
     RenderDest_e old = CurrentRenderDest;
     if (old != RenderDest_Hardcopy && old != RenderDest_None && routeFor(old) == Route_Gr) Gr_FlushGraphics(true);
-    if (dest != RenderDest_Hardcopy && RenderDestCallback != nullptr) RenderDestCallback(dest);
+    if (dest != RenderDest_Hardcopy && RenderDestCallback != nullptr) {
+        DestBeingSelected = dest;
+        RenderDestBound = RenderDestCallback(dest);
+        DestBeingSelected = RenderDest_None;
+    }
     CurrentRenderDest = dest;
     if (dest == RenderDest_None) return;
     DrawAreaWidth = Gr_DestWidthVariable(dest);
@@ -257,9 +285,14 @@ void VDI_SetupGraphics() {
 }
 
 bool SetRenderDestToOffscreenBitmap() {
-    if (!Gr_MakeOffscreenCurrent()) return false;
+    // From the render destination callback: the selection is under way, only bind.
+    if (DestBeingSelected == RenderDest_OffscreenBitmap) return Gr_MakeOffscreenCurrent();
+    RenderDestBound = true;
     VDI_SetRenderDest(RenderDest_OffscreenBitmap);
-    return true;
+    if (RenderDestBound) return true;
+    // Nothing must draw into an image that is not bound.
+    VDI_SetRenderDest(RenderDest_None);
+    return false;
 }
 
 bool VDI_GoesToGr() { return route() == Route_Gr; }
@@ -718,18 +751,21 @@ bool Gr_Init() {
         VDI_SetRenderDest(RenderDest_None);
     }
     GraphicsAreInitialized = true;
+    DeviceLayerIsUp = true;
     return true;
 }
 
 void Gr_Mopup() {
-    // An interactive run leaves its screen for the next batch run.
-    if (!InBatchMode && GraphicsAreInitialized) {
+    // An interactive run leaves its screen for the next batch run. The shutdown clears
+    // GraphicsAreInitialized before it calls here, so the layer keeps its own record.
+    if (!InBatchMode && DeviceLayerIsUp) {
         PhysicalDisplay.WorkAreaWidth = WorkAreaWidth;
         PhysicalDisplay.WorkAreaHeight = WorkAreaHeight;
         PhysicalDisplay.DotsPerCmX = DotsPerCmX;
         PhysicalDisplay.DotsPerCmY = DotsPerCmY;
         WritePhysicalDisplayFile(PhysicalDisplayFileName(), PhysicalDisplay);
     }
+    DeviceLayerIsUp = false;
     Gr_Close();
     Gr_FreeColorTables();
     VDI_FreePolygonBuffers();

@@ -6,11 +6,12 @@
 //   destination selected: nothing, though the current point still moves;
 //   otherwise: Gr_.
 // Also here: the selection of destinations and the proxy callbacks through which the window
-// layer supplies the screen side (make a context current, sizes, buffer swap, dot pitch); the
-// path and polygon state; display lists as the redraw driver uses them; start-up (Gr_Init) and
-// shutdown of the device layer.
+// layer supplies the screen side (make a context current, sizes, buffer swap, dot pitch, key and
+// mouse button state); the path and polygon state; display lists as the redraw driver uses them;
+// start-up (Gr_Init) and shutdown of the device layer.
 // Relies on: grhw (OpenGL back end), grcolor (colour tables), plotdev (hard copy), coordsys
-// (CoordMap_s), phyfile (the batch work area), globals, genbase, errors.
+// (CoordMap_s), phyfile (the batch work area), orvlock (the mouse button callback), globals,
+// genbase, errors.
 #pragma once
 
 #include <cstdint>
@@ -31,18 +32,32 @@ using RenderDestCallback_pf = bool (*)(RenderDest_e dest);
 using RenderDestSizeCallback_pf = void (*)(RenderDest_e dest, int *width, int *height);
 using SwapBuffersCallback_pf = void (*)(RenderDest_e dest);
 using DotPitchCallback_pf = void (*)(double *dotsPerCmX, double *dotsPerCmY);
+// True while the key (a key symbol of the window system) is held down.
+using KeyStateCallback_pf = bool (*)(int key);
 
 void RenderDestRegisterCallback(RenderDestCallback_pf callback);
 void RenderDestSizeRegisterCallback(RenderDestSizeCallback_pf callback);
 void SwapBuffersRegisterCallback(SwapBuffersCallback_pf callback);
 void DotPitchRegisterCallback(DotPitchCallback_pf callback);
-// False with the message of the first one missing ("Error: Required ... Callback is not
-// Registered").
+void KeyStateRegisterCallback(KeyStateCallback_pf callback);
+// The mouse button state callback is registered with MouseButtonStateRegisterCallback of the
+// lock (orvlock), which answers whether a drag holds the system.
+// The window layer's answer to whether a key is down; false without a callback.
+bool Gr_IsKeyDown(int key);
+// False with the message of the first one missing, in this order: "Error: Required Render
+// Destination Callback is not Registered", "... Render Destination Size ...", "... Swap Buffers
+// ...", "... Dot Pitch ...", "... Key State ...", "... Mouse Button State ...".
 bool VerifyAllRequiredGRProxyCallbacks();
-// The callbacks of a run without a display: the off-screen image for destination 5, nothing for
-// the screen destinations, the work area size and dot pitch of the physical display file. A
-// window layer registers its own over them.
+// The callbacks of a run without a display, all six: destination 5 binds the off-screen image
+// (SetRenderDestToOffscreenBitmap) and the screen destinations bind nothing; sizes and dot pitch
+// are those of the physical display file; a swap, a key and a mouse button do nothing. A window
+// layer registers its own over them.
 void Gr_RegisterBatchProxyCallbacks();
+
+// The poll for a user interrupt in long work (message names the work, file and line the caller):
+// it sets Interrupted when a key or button was pressed. Polling is the window layer's: in batch
+// mode, and until a window layer exists, nothing interrupts and this does nothing.
+void _Gr_CheckInterrupt(const char *message, const char *file, int line);
 
 // What the redraw driver does around a buffer swap; null hooks do nothing.
 struct VDIHooks_s {
@@ -66,7 +81,9 @@ void VDI_SwapBuffers();
 void VDI_GetDotPitch(double *dotsPerCmX, double *dotsPerCmY);
 // Reset, white line and fill, thickness 0 solid lines, line mode off, normal writing.
 void VDI_SetupGraphics();
-// Binds the off-screen image (Gr_ConstructOffscreenImage first) and selects destination 5.
+// Selects destination 5 with the off-screen image bound (Gr_ConstructOffscreenImage first); false,
+// and no destination selected, when it cannot be bound. Called by the render destination callback
+// while destination 5 is being selected, it only binds.
 bool SetRenderDestToOffscreenBitmap();
 // True when a VDI_ call made now would reach the OpenGL back end / the hard-copy back end.
 bool VDI_GoesToGr();

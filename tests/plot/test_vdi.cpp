@@ -3,18 +3,24 @@
 // through the tessellator, clipping, the run lengths of line patterns, the basic colours,
 // translucent blending by formula, XOR, the row order of the image, repeatable output, the
 // state cache counted in OpenGL calls, display lists, the dispatch rule in batch mode and to the
-// hard-copy recorder, start-up with the physical display file and the failure messages.
+// hard-copy recorder, start-up with the physical display file and the failure messages; the
+// table of OpenGL entry points filled from the off-screen context, a new image starting as the
+// paper, and the six batch callbacks.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "base/kernel/genbase.h"
 #include "base/kernel/globals.h"
+#include "base/kernel/orvlock.h"  // MouseButtonStateRegisterCallback
 #include "base/kernel/phyfile.h"
+#include "base/plot/glfuncs.h"
 #include "base/plot/vdi.h"
 #include "support/scratch.h"
 
@@ -485,6 +491,10 @@ TEST_F(VDITest, LinePatternRunLengths) {
 }
 
 TEST_F(VDITest, SolidLinesWidthAndLastPixel) {
+    // Images draw the last pixel of a precise line again by default; the screen does not.
+    auto factory = std::make_unique<GeneralBase_s>();
+    EXPECT_TRUE(factory->Interface.OpenGLConfig.ImageRendering.DoExtraDrawForLastPixel);
+    EXPECT_FALSE(factory->Interface.OpenGLConfig.ScreenRendering.DoExtraDrawForLastPixel);
     VDI_Set_Line_Color(Red, 2, false, -1);
     Line(10, 10, 50, 10);
     // Precise lines with the extra draw set the last pixel too.
@@ -952,6 +962,170 @@ TEST_F(VDITest, InitReadsThePhysicalDisplayFileInBatch) {
     RemoveScratchDir(dir);
     // Back to the fixture's destination for the tear-down.
     ASSERT_TRUE(SetRenderDestToOffscreenBitmap());
+}
+
+// A look-up that knows every name but one: the loader must refuse it whole.
+void DoNothingEntry() {}
+void *AllButFinish(const char *name) {
+    return strcmp(name, "glFinish") == 0 ? nullptr : reinterpret_cast<void *>(&DoNothingEntry);
+}
+void *NoneAtAll(const char *) { return nullptr; }
+
+TEST_F(VDITest, OpenGLTableIsFilledFromTheOffscreenContext) {
+    // The fixture bound the image, so the table is OSMesa's: the renderer answers through it, and
+    // a clear through it reaches the image. Buffer rows run upward: rows 20..24 are picture rows
+    // Height-25..Height-21.
+    ASSERT_NE(GrGLFunctionsSource(), nullptr);
+    const GLubyte *renderer = GrGL.GetString(GL_RENDERER);
+    ASSERT_NE(renderer, nullptr);
+    EXPECT_GT(strlen(reinterpret_cast<const char *>(renderer)), 0u);
+    GrGL.Enable(GL_SCISSOR_TEST);
+    GrGL.Scissor(10, 20, 30, 5);
+    GrGL.ClearColor(0.0f, 0.0f, 1.0f, 1.0f);
+    GrGL.Clear(GL_COLOR_BUFFER_BIT);
+    GrGL.Disable(GL_SCISSOR_TEST);
+    Gr_InvalidateCache();  // state changed behind the cache
+    Image_s image = ReadImage();
+    EXPECT_EQ(image.Count(BluePx), 30 * 5);
+    EXPECT_EQ(image.At(10, Height - 21), BluePx);
+    EXPECT_EQ(image.At(39, Height - 25), BluePx);
+    EXPECT_EQ(image.At(40, Height - 25), WhitePx);
+    EXPECT_EQ(image.At(10, Height - 26), WhitePx);
+
+    // A table missing one entry is refused whole; the one in use stays.
+    GLGetProc_pf source = GrGLFunctionsSource();
+    EXPECT_FALSE(GrLoadGLFunctions(AllButFinish));
+    EXPECT_FALSE(GrLoadGLFunctions(NoneAtAll));
+    EXPECT_FALSE(GrLoadGLFunctions(nullptr));
+    EXPECT_EQ(GrGLFunctionsSource(), source);
+    EXPECT_STRNE(Gr_GetRendererName(), "");
+
+    // Emptied, the table does nothing although the context is still current: drawing reaches
+    // OpenGL only through it.
+    GrResetGLFunctions();
+    EXPECT_EQ(GrGLFunctionsSource(), nullptr);
+    EXPECT_STREQ(Gr_GetRendererName(), "");
+    FillBox(0, 0, Width - 1, Height - 1, Red);
+    EXPECT_EQ(ReadImage().Count(RedPx), 0);
+    // Binding the image again fills it from OSMesa, and drawing works again.
+    VDI_SetRenderDest(RenderDest_None);
+    ASSERT_TRUE(SetRenderDestToOffscreenBitmap());
+    EXPECT_EQ(GrGLFunctionsSource(), source);
+    EXPECT_STRNE(Gr_GetRendererName(), "");
+    VDI_SetupGraphics();
+    FillBox(5, 5, 14, 14, Red);
+    EXPECT_EQ(ReadImage().Count(RedPx), 100);
+}
+
+TEST_F(VDITest, NewImageStartsAsThePaper) {
+    // Leave a red picture and a depth buffer of zeros (nothing could pass the depth test) in the
+    // context.
+    FillBox(0, 0, Width - 1, Height - 1, Red);
+    GrGL.DepthMask(GL_TRUE);
+    GrGL.ClearDepth(0.0);
+    GrGL.Clear(GL_DEPTH_BUFFER_BIT);
+    Gr_InvalidateCache();
+
+    // An opaque cyan paper: a new image of the same size reads cyan everywhere, before anything
+    // is drawn; its memory starts as zeros, which would read black.
+    GeneralBase.Paper.IsTransparent = false;
+    GeneralBase.Paper.BackgroundColor = Cyan;
+    const Pixel_s CyanPx{0, 255, 255};
+    VDI_SetRenderDest(RenderDest_None);
+    ASSERT_TRUE(Gr_ConstructOffscreenImage(Width, Height, ExportRegion_WorkArea));
+    ASSERT_TRUE(SetRenderDestToOffscreenBitmap());
+    EXPECT_EQ(ReadImage().Count(CyanPx), Width * Height);
+
+    // Depth was cleared to the far plane: a quad at the middle depth passes the test.
+    VDI_SetupGraphics();
+    Setup3DView();
+    GrHW_EnableDepthTest();
+    VDI_Set_Fill_Color(Red, false, -1);
+    GrHW_BeginSingleColorBlock(BlockType_Quads, PolygonMode_Fill, false, LightingEffect_Paneled);
+    Quad3D(0, 0, 10, 10, 0.0);
+    GrHW_EndBlock();
+    GrHW_DisableDepthTest();
+    EXPECT_EQ(ReadImage().Count(RedPx), 100);
+
+    // Binding the same image again keeps what was drawn.
+    VDI_SetRenderDest(RenderDest_None);
+    ASSERT_TRUE(SetRenderDestToOffscreenBitmap());
+    EXPECT_EQ(ReadImage().Count(RedPx), 100);
+
+    // A transparent paper gives white, whatever its colour; another size as well.
+    GeneralBase.Paper.IsTransparent = true;
+    VDI_SetRenderDest(RenderDest_None);
+    ASSERT_TRUE(Gr_ConstructOffscreenImage(37, 23, ExportRegion_WorkArea));
+    ASSERT_TRUE(SetRenderDestToOffscreenBitmap());
+    EXPECT_EQ(ReadImage().Count(WhitePx), 37 * 23);
+}
+
+TEST_F(VDITest, AllSixBatchCallbacksAreRegistered) {
+    LogCapture capture;
+    // Each one missing in turn is named; the batch set registers all six again.
+    struct Missing {
+        void (*Unregister)();
+        const char *Message;
+    };
+    const Missing cases[] = {
+        {[] { RenderDestRegisterCallback(nullptr); }, "Error: Required Render Destination Callback is not Registered"},
+        {[] { RenderDestSizeRegisterCallback(nullptr); },
+         "Error: Required Render Destination Size Callback is not Registered"},
+        {[] { SwapBuffersRegisterCallback(nullptr); }, "Error: Required Swap Buffers Callback is not Registered"},
+        {[] { DotPitchRegisterCallback(nullptr); }, "Error: Required Dot Pitch Callback is not Registered"},
+        {[] { KeyStateRegisterCallback(nullptr); }, "Error: Required Key State Callback is not Registered"},
+        {[] { MouseButtonStateRegisterCallback(nullptr); },
+         "Error: Required Mouse Button State Callback is not Registered"},
+    };
+    for (const Missing &c : cases) {
+        Gr_RegisterBatchProxyCallbacks();
+        EXPECT_TRUE(VerifyAllRequiredGRProxyCallbacks());
+        c.Unregister();
+        EXPECT_FALSE(VerifyAllRequiredGRProxyCallbacks());
+        EXPECT_NE(capture.Text().find(std::string("Err: ") + c.Message), std::string::npos) << c.Message;
+    }
+    Gr_RegisterBatchProxyCallbacks();
+    EXPECT_TRUE(VerifyAllRequiredGRProxyCallbacks());
+
+    // Sizes and dot pitch are the physical display's, for every screen destination.
+    PhysicalDisplay_s savedPhy = PhysicalDisplay;
+    PhysicalDisplay.WorkAreaWidth = 321, PhysicalDisplay.WorkAreaHeight = 123;
+    PhysicalDisplay.DotsPerCmX = 12.5, PhysicalDisplay.DotsPerCmY = 13.5;
+    int w = 0, h = 0;
+    VDI_GetRenderDestSize(RenderDest_WorkArea, &w, &h);
+    EXPECT_EQ(w, 321);
+    EXPECT_EQ(h, 123);
+    int savedExampleW = ExampleColorDrawAreaWidth, savedExampleH = ExampleColorDrawAreaHeight;
+    VDI_GetRenderDestSize(RenderDest_ExampleColor, &w, &h);
+    EXPECT_EQ(w, 321);
+    ExampleColorDrawAreaWidth = savedExampleW, ExampleColorDrawAreaHeight = savedExampleH;
+    double dotsX = 0.0, dotsY = 0.0;
+    VDI_GetDotPitch(&dotsX, &dotsY);
+    EXPECT_EQ(dotsX, 12.5);
+    EXPECT_EQ(dotsY, 13.5);
+    PhysicalDisplay = savedPhy;
+    // No key or button is ever down, and nothing interrupts.
+    EXPECT_FALSE(Gr_IsKeyDown(0xffe1));
+    Interrupted = false;
+    _Gr_CheckInterrupt("Drawing", __FILE__, __LINE__);
+    EXPECT_FALSE(Interrupted);
+
+    // Selecting destination 5 binds the image through the callback; a swap changes nothing.
+    VDI_SetRenderDest(RenderDest_None);
+    VDI_SetRenderDest(RenderDest_OffscreenBitmap);
+    VDI_SetupGraphics();
+    FillBox(0, 0, 9, 9, Red);
+    VDI_SwapBuffers();
+    EXPECT_EQ(ReadImage().Count(RedPx), 100);
+
+    // Without an image nothing can be bound: reported, and no destination stays selected.
+    VDI_SetRenderDest(RenderDest_None);
+    Gr_DestroyOffscreenImage();
+    EXPECT_FALSE(SetRenderDestToOffscreenBitmap());
+    EXPECT_EQ(CurrentRenderDest, RenderDest_None);
+    EXPECT_NE(capture.Text().find("Error creating off-screen graphics context. Try specifying a smaller image size."),
+              std::string::npos)
+        << capture.Text();
 }
 
 }  // namespace
