@@ -14,6 +14,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "base/kernel/types.h"
 #include "base/macro/setvalue.h"
@@ -274,6 +275,7 @@ struct ContourLineStyle_s {
 struct GlobalContour_s {
     int Var = -1;
     int DefNumLevels = 10;
+    std::vector<double> Levels;  // ascending; set by $!CONTOURLEVELS and level generation
     ContourLabels_s Labels;
     ContourLegend_s Legend;
     ColorCutoff_s ColorCutoff;
