@@ -1,7 +1,7 @@
 #!MC 1100
 # The demonstration macro: run by `make demo` in batch mode over examples/channel.dat,
 # a 21 x 11 channel with velocity U and pressure P.
-# Until pictures can be exported, the demo reports what it loaded and works out a small table.
+# The demo reports what it loaded, works out a small table, and draws the channel's mesh to a PNG.
 $!INTERNAL "ECHO Loaded |NUMZONES| zone(s), |NUMVARS| variables: |VARNAME[1]|, |VARNAME[2]|, |VARNAME[3]|, |VARNAME[4]|"
 $!INTERNAL "ECHO Title: |DATASETTITLE|, pressure from |MINVAR[4]%.3f| to |MAXVAR[4]%.3f|"
 $!MACROFUNCTION NAME = "Row"
@@ -13,3 +13,6 @@ $!LOOP 5
 $!ENDLOOP
 $!WRITEDATASET "channel-copy.plt"
 $!INTERNAL "ECHO Wrote channel-copy.plt"
+$!EXPORTSETUP EXPORTFORMAT = PNG IMAGEWIDTH = 800 EXPORTFNAME = "channel.png"
+$!EXPORT
+$!INTERNAL "ECHO Wrote channel.png"
