@@ -37,6 +37,8 @@ bench: release
 	./bench/fenrow.sh $(RELEASE_DIR)/bin
 	$(RELEASE_DIR)/bin/orvanex_bench_loadflow /tmp
 	./bench/macro.sh $(RELEASE_DIR)/bin/orvanex
+	$(RELEASE_DIR)/bin/orvanex_bench_vdi
+	./bench/export.sh $(RELEASE_DIR)/bin/orvanex
 
 # Fuzzes the binary data file reader, the text converter and the macro reader for FUZZ_SECONDS
 # (default 60) each, from the seed files in tests/fuzz.
