@@ -75,6 +75,16 @@ bool handleRotate3DView(const ActionCommand_s &cmd) {
                                RotateOriginLocation_e(cmd.integer(MacroSetValue_ROTATEORIGINLOCATION, 0)));
 }
 
+bool handleReset3DOrigin(const ActionCommand_s &cmd) {
+    cmd.logAction();
+    return Action_Reset3DOrigin(OriginResetLocation_e(cmd.integer(MacroSetValue_ORIGINRESETLOCATION, 0)));
+}
+
+bool handleSet3DEyeDistance(const ActionCommand_s &cmd) {
+    cmd.logAction();
+    return Action_Set3DEyeDistance(cmd.number(MacroSetValue_EYEDISTANCE, 0.0));
+}
+
 bool handleWorkspaceView(const ActionCommand_s &cmd) {
     cmd.logAction();
     return Action_WorkspaceView(WorkspaceView_e(cmd.Mandatory), cmd.number(MacroSetValue_X1, 0.0),
@@ -129,6 +139,8 @@ const PlotActionHandler_s PlotActionHandlers[] = {
     {MacroAction_VIEW, handleView},
     {MacroAction_ROTATE3DVIEW, handleRotate3DView},
     {MacroAction_WORKSPACEVIEW, handleWorkspaceView},
+    {MacroAction_RESET3DORIGIN, handleReset3DOrigin},
+    {MacroAction_SET3DEYEDISTANCE, handleSet3DEyeDistance},
     {MacroAction_PROPAGATELINKING, handlePropagateLinking},
     {MacroAction_EXPORT, handleExport},
     {MacroAction_REDRAW, handleRedraw},

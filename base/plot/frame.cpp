@@ -94,9 +94,11 @@ void installDataSetHooks() {
 bool CreateNewFrame() { return CreateNewFrame(nullptr); }
 
 bool CreateNewFrame(const Rect_s *rect) {
+    // Sizes within 1e-9 of the least (0.1 inch) pass: a height given as 0.1 may come back a hair
+    // under it from Y1 - Y2.
     if (rect != nullptr && !(rect->X1 >= -500 && rect->Y2 >= -500 && rect->X2 <= 500 && rect->Y1 <= 500 &&
-                             rect->Y1 >= rect->Y2 && rect->X2 >= rect->X1 && rect->X2 - rect->X1 >= 0.1 &&
-                             rect->Y1 - rect->Y2 >= 0.1)) {
+                             rect->Y1 >= rect->Y2 && rect->X2 >= rect->X1 && rect->X2 - rect->X1 >= 0.1 - 1e-9 &&
+                             rect->Y1 - rect->Y2 >= 0.1 - 1e-9)) {
         ErrMsg("Invalid frame position and/or dimensions");
         return false;
     }

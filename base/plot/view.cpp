@@ -610,6 +610,58 @@ bool Action_ViewRotate3D(RotateCommand_e rotation, double angleDegrees, const XY
     return true;
 }
 
+namespace {
+
+Frame_s *threeDFrame(const char *refusal) {
+    Frame_s *frame = CurFrame;
+    if (frame == nullptr || !is3D(frame)) {
+        ErrMsg("%s", refusal);
+        return nullptr;
+    }
+    CheckToResetViewStack();
+    return frame;
+}
+
+void finish3DChange(Frame_s *frame) {
+    SetTransformations();
+    MarkFrameViewForScreenUpdate(frame);
+    PropagateView(frame);
+    StateChanged(StateChange_View, nullptr);
+}
+
+}  // namespace
+
+bool Action_Reset3DOrigin(OriginResetLocation_e location) {
+    Frame_s *frame = threeDFrame("Plot type must be 3D to reset the rotate origin.");
+    if (frame == nullptr) return false;
+    if (location == OriginResetLocation_ViewCenter) {
+        // Finding the data under the middle of the view needs a probe of the surfaces drawn.
+        ErrMsg("There is no data at the center of view.  The rotate origin has not been moved.");
+        return false;
+    }
+    Box3D_s box = dataBoxOf(frame);
+    frame->Style.GlobalThreeD.RotateOrigin = {(box.Min.X + box.Max.X) / 2, (box.Min.Y + box.Max.Y) / 2,
+                                              (box.Min.Z + box.Max.Z) / 2};
+    finish3DChange(frame);
+    return true;
+}
+
+bool Action_Set3DEyeDistance(double distance) {
+    Frame_s *frame = threeDFrame("Plot type must be 3D to set the eye distance.");
+    if (frame == nullptr) return false;
+    if (!(distance > 0.0)) {
+        ErrMsg("The eye distance must be greater than zero.");
+        return false;
+    }
+    SetTransformations();
+    // In view coordinates the eye is at the origin looking down -Z; it moves along Z only.
+    XYZ_s origin = VDI3D_ViewTransformXYZ(CurThreeDViewCalc, frame->Style.GlobalThreeD.RotateOrigin);
+    XYZ_s eye{0.0, 0.0, origin.Z + distance};
+    frame->Style.ThreeDView.ViewerPosition = VDI3D_InverseViewTransformXYZ(CurThreeDViewCalc, eye);
+    finish3DChange(frame);
+    return true;
+}
+
 bool Action_WorkspaceView(WorkspaceView_e view, double x1, double y1, double x2, double y2) {
     Rect_s region = GeneralBase.Paper.RegionInWorkArea;
     switch (view) {

@@ -69,6 +69,13 @@ enum RotateCommand_e {
 bool Action_ViewRotate3D(RotateCommand_e rotation, double angleDegrees, const XYZ_s *vector,
                          RotateOriginLocation_e originLocation);
 
+// The centre of rotation: the middle of the data (DATACENTER) or the data under the middle of
+// the view (VIEWCENTER).
+enum OriginResetLocation_e { OriginResetLocation_DataCenter = 0, OriginResetLocation_ViewCenter = 1 };
+bool Action_Reset3DOrigin(OriginResetLocation_e location);
+// Moves the eye along its line of sight to the distance from the centre of rotation.
+bool Action_Set3DEyeDistance(double distance);
+
 enum WorkspaceView_e {
     WorkspaceView_FitSelectedFrames = 0,
     WorkspaceView_FitAllFrames = 1,

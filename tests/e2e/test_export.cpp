@@ -84,6 +84,8 @@ TEST(ExportE2E, EachFormatDecodesToTheSizeOfTheRegion) {
 
 TEST(ExportE2E, TwoRunsGiveTheSamePixels) {
     Scratch s;
+    // A display that does not exist: batch export must not need one.
+    s.setEnv("DISPLAY", ":987.0");
     const std::string body = "$!FRAMELAYOUT BACKGROUNDCOLOR = YELLOW\n$!CREATENEWFRAME XYPOS { X = 2 Y = 2 } WIDTH = 3 "
                              "HEIGHT = 2\n$!FRAMELAYOUT BACKGROUNDCOLOR = BLUE\n"
                              "$!EXPORTSETUP EXPORTFORMAT = PNG IMAGEWIDTH = 451 EXPORTREGION = ALLFRAMES "

@@ -47,6 +47,7 @@ TEST(FramesE2E, BadPositionsNumbersAndNamesChangeNothing) {
     };
     const std::vector<Case> cases = {
         {"$!CREATENEWFRAME WIDTH = 0.05", "Invalid frame position and/or dimensions"},
+        {"$!CREATENEWFRAME XYPOS { X = 1 Y = 0.7 } HEIGHT = 0.09", "Invalid frame position and/or dimensions"},
         {"$!CREATENEWFRAME XYPOS { X = 600 }", "Invalid frame position and/or dimensions"},
         {"$!FRAMECONTROL POPBYNAME NAME = \"nope\"",
          "Attempted to pop a frame by an invalid frame name.\nFrame name used: \"nope\"."},
@@ -62,6 +63,9 @@ TEST(FramesE2E, BadPositionsNumbersAndNamesChangeNothing) {
     }
     std::string log = run(s, "$!CREATENEWFRAME WIDTH = 0.05\n");
     EXPECT_TRUE(HoldsMessage(log, "Invalid frame position and/or dimensions"));
+    // The least size passes exactly.
+    log = run(s, "$!CREATENEWFRAME XYPOS { X = 1 Y = 0.7 } WIDTH = 0.1 HEIGHT = 0.1\n" + echo("|NUMFRAMES|"));
+    EXPECT_EQ(echoes(log), (std::vector<std::string>{"2"})) << log;
 }
 
 TEST(FramesE2E, EachFrameKeepsItsOwnDataSet) {
@@ -170,6 +174,13 @@ TEST(FramesE2E, ThreeDRotationByCommand) {
     EXPECT_EQ(echoes(log), (std::vector<std::string>{"3"})) << log;
     EXPECT_EQ(values(log), (std::vector<std::string>{"70", "-140"})) << log;
     EXPECT_TRUE(HoldsMessage(log, "Plot type must be 3D to rotate the view.")) << log;
+    // The unit cube's centre becomes the rotate origin; the view centre needs a probe.
+    log = run(s, "$!READDATASET '\"box.dat\"'\n$!RESET3DORIGIN ORIGINRESETLOCATION = DATACENTER\n" +
+                     getValue("GLOBALTHREED ROTATEORIGIN X") + getValue("GLOBALTHREED ROTATEORIGIN Z") +
+                     "$!RESET3DORIGIN ORIGINRESETLOCATION = VIEWCENTER\n");
+    EXPECT_EQ(values(log), (std::vector<std::string>{"0.5", "0.5"})) << log;
+    EXPECT_TRUE(HoldsMessage(log, "There is no data at the center of view.  The rotate origin has not been moved."))
+        << log;
 }
 
 TEST(FramesE2E, LineMapsAreMadeCopiedAndDeleted) {
