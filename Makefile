@@ -29,6 +29,7 @@ demo: release
 	./examples/run-demo $(RELEASE_DIR)/bin/orvanex
 
 bench: release
+	./scripts/install-deps bench
 	./bench/startup.sh $(RELEASE_DIR)/bin/orvanex
 	$(RELEASE_DIR)/bin/orvanex_bench_zones
 	$(RELEASE_DIR)/bin/orvanex_bench
@@ -39,6 +40,7 @@ bench: release
 	./bench/macro.sh $(RELEASE_DIR)/bin/orvanex
 	$(RELEASE_DIR)/bin/orvanex_bench_vdi
 	./bench/export.sh $(RELEASE_DIR)/bin/orvanex
+	./bench/contour.sh $(RELEASE_DIR)/bin
 
 # Fuzzes the binary data file reader, the text converter and the macro reader for FUZZ_SECONDS
 # (default 60) each, from the seed files in tests/fuzz.

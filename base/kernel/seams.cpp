@@ -4,7 +4,6 @@
 
 void InitializeInternalMacroSettings() {}
 void ClearExtendedCurveFits() {}
-void InitRawUserColorMap() {}
 void InitializeAddOnVars() {}
 void InitializeInterfaceAttributes() {}
 void InitializeNonconfigurableInputSpecs() {}
@@ -27,11 +26,6 @@ bool OpenQuickMacroPanel() { return true; }
 
 bool Action_OpenLayout(const std::string &, const StringList_s *) {
     ErrMsg("Opening layout files is not available in this version of Orvanex.");
-    return false;
-}
-
-bool Action_LoadColorMap(const std::string &) {
-    ErrMsg("Loading color map files is not available in this version of Orvanex.");
     return false;
 }
 

@@ -11,7 +11,7 @@ struct StringList_s;
 // start-up, phase 1
 void InitializeInternalMacroSettings();
 void ClearExtendedCurveFits();
-void InitRawUserColorMap();
+void InitRawUserColorMap();  // defined with the contour colour maps
 void InitializeAddOnVars();
 void InitializeInterfaceAttributes();
 void InitializeNonconfigurableInputSpecs();
@@ -35,7 +35,7 @@ bool OpenQuickMacroPanel();
 
 // the command-line start-up actions
 bool Action_OpenLayout(const std::string &layoutFileName, const StringList_s *alternateDataFiles);
-bool Action_LoadColorMap(const std::string &fileName);
+bool Action_LoadColorMap(const std::string &fileName);  // defined with the contour colour maps
 bool Action_ReadStylesheet(const std::string &fileName);
 bool Action_LoadAddOn(const std::string &addOnName);
 

@@ -39,6 +39,7 @@
 #include "base/kernel/version.h"
 #include "base/macro/macro1.h"
 #include "base/plot/frame.h"
+#include "base/field/contlevel.h"
 #include "base/field/plot.h"
 #include "base/output/export.h"
 #include "base/plot/vdi.h"
@@ -208,6 +209,7 @@ bool InitializeGraphicsCallbacks() {
     Gr_RegisterBatchProxyCallbacks();
     RegisterBitImageDevice();
     RegisterFieldPlotLayers();
+    RegisterContourHooks();
     return true;
 }
 

@@ -1,12 +1,15 @@
 #include "base/macro/actcmd.h"
 
 #include <cctype>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <unistd.h>
 
 #include "base/data/dataio.h"
 #include "base/data/readdataset.h"
+#include "base/field/contactions.h"
+#include "base/field/contour.h"
 #include "base/kernel/alloc.h"
 #include "base/kernel/errors.h"
 #include "base/kernel/genbase.h"
@@ -379,7 +382,8 @@ bool handleWriteDataSet(const ActionCommand_s &cmd) {
 
 // Developer words. "COMPRESS <command>" logs the command's compressed and uncompressed forms;
 // "ECHO <text>" logs the text (with the command's macro variables already expanded);
-// "GETVALUE <rows>" logs the style value at a path of row names.
+// "GETVALUE <rows>" logs the style value at a path of row names; "CONTOURLEVELS <group>" logs the
+// levels of a contour group of the current frame.
 bool handleInternal(const ActionCommand_s &cmd) {
     const std::string &text = cmd.String;
     FILE *out = InBatchMode && BatchFile != nullptr ? BatchFile : stdout;
@@ -440,6 +444,17 @@ bool handleInternal(const ActionCommand_s &cmd) {
             shown = std::to_string(long(arg));
         }
         fprintf(out, "%s = %s\n", text.c_str() + 9, shown.c_str());
+    } else if (text.compare(0, 14, "CONTOURLEVELS ") == 0) {
+        int group = atoi(text.c_str() + 14);
+        if (CurFrame == nullptr || group < 1 || group > MaxContourGroups)
+            return cmd.fail("No contour group " + text.substr(14) + ".");
+        std::string shown;
+        for (double level : CurFrame->Style.GlobalContour[group - 1].Levels) {
+            char buffer[40];
+            snprintf(buffer, sizeof(buffer), " %.15G", level);
+            shown += buffer;
+        }
+        fprintf(out, "%s =%s\n", text.c_str(), shown.c_str());
     } else {
         return cmd.fail("Unknown $!INTERNAL command.");
     }
@@ -515,6 +530,8 @@ ActionHandler_pf handlerOf(int action) {
         if (entry.Action == action) return entry.Handler;
     if (ActionHandler_pf handler = FindDataActionHandler(action)) return handler;
     if (ActionHandler_pf handler = FindPlotActionHandler(action)) return handler;
+    if (ActionHandler_pf handler = FindContourActionHandler(action)) return handler;
+    if (ActionHandler_pf handler = FindContourLineActionHandler(action)) return handler;
     return notYet;
 }
 

@@ -94,13 +94,18 @@ void lodMaxFractSpec(const void *record, InputSpecs_s *rules) {
     rules->Min = static_cast<const GeneralBase_s *>(record)->LODThresholdMinFract;
 }
 void revalidateLoadThresholds() { DataLoadValidateThresholdValues(true); }
+// The colour tables hold the basic colours and the ramps built from the colour maps.
+void colorTablesChanged() {
+    if (SetValueHooks.ColorMapChanged != nullptr) SetValueHooks.ColorMapChanged();
+}
+constexpr StyleField_s InColorTables(StyleField_s field) { return WithHooks(field, nullptr, colorTablesChanged); }
 
 // ---- shared blocks ----
 
 const StyleField_s RGBFields[] = {
-    Channel(MacroSetValue_R, AT(RGB_s, R)),
-    Channel(MacroSetValue_G, AT(RGB_s, G)),
-    Channel(MacroSetValue_B, AT(RGB_s, B)),
+    InColorTables(Channel(MacroSetValue_R, AT(RGB_s, R))),
+    InColorTables(Channel(MacroSetValue_G, AT(RGB_s, G))),
+    InColorTables(Channel(MacroSetValue_B, AT(RGB_s, B))),
 };
 const StyleRecord_s RGBRecord = recordOf(RGBFields);
 
@@ -637,7 +642,7 @@ const StyleRecord_s GlobalFrameRecord = recordOf(GlobalFrameFields);
 // ---- $!GLOBALCOLORMAP n ----
 
 const StyleField_s ControlPointFields[] = {
-    Double(MacroSetValue_COLORMAPFRACTION, ZeroToOneInputSpec, AT(ColorMapControlPoint_s, Location)),
+    InColorTables(Double(MacroSetValue_COLORMAPFRACTION, ZeroToOneInputSpec, AT(ColorMapControlPoint_s, Location))),
     MakeStyleBlock(MacroSetValue_LEADRGB, RGBRecord, AT(ColorMapControlPoint_s, LeadRGB)),
     MakeStyleBlock(MacroSetValue_TRAILRGB, RGBRecord, AT(ColorMapControlPoint_s, TrailRGB)),
 };
@@ -650,13 +655,13 @@ void *controlPointAt(void *record, int number) {
 }
 
 const StyleField_s ColorMapBandFields[] = {
-    Int(MacroSetValue_NUMCONTROLPOINTS, ControlPointCountInputSpec, AT(ColorMapBand_s, NumControlPoints)),
+    InColorTables(Int(MacroSetValue_NUMCONTROLPOINTS, ControlPointCountInputSpec, AT(ColorMapBand_s, NumControlPoints))),
     MakeStyleNumberedBlock(MacroSetValue_CONTROLPOINT, ControlPointRecord, controlPointAt, "Invalid color map control point"),
 };
 const StyleRecord_s ColorMapBandRecord = recordOf(ColorMapBandFields);
 
 const StyleField_s ColorMapFields[] = {
-    Enum(MacroSetValue_CONTOURCOLORMAP, AT(ColorMap_s, ContourColorMap)),
+    InColorTables(Enum(MacroSetValue_CONTOURCOLORMAP, AT(ColorMap_s, ContourColorMap))),
     MakeStyleBlock(MacroSetValue_TWOCOLOR, ColorMapBandRecord, AT(ColorMap_s, TwoColor)),
     MakeStyleBlock(MacroSetValue_SMRAINBOW, ColorMapBandRecord, AT(ColorMap_s, SmRainbow)),
     MakeStyleBlock(MacroSetValue_LGRAINBOW, ColorMapBandRecord, AT(ColorMap_s, LgRainbow)),
@@ -701,7 +706,7 @@ const StyleField_s CompatibilityFields[] = {
 const StyleRecord_s CompatibilityRecord = recordOf(CompatibilityFields);
 
 const StyleField_s GlobalLinkingFields[] = {
-    Bool(MacroSetValue_LINKCOLORMAPS, AT(GeneralBase_s, LinkColorMaps)),
+    InColorTables(Bool(MacroSetValue_LINKCOLORMAPS, AT(GeneralBase_s, LinkColorMaps))),
 };
 const StyleRecord_s GlobalLinkingRecord = recordOf(GlobalLinkingFields);
 

@@ -717,6 +717,8 @@ SetValueReturnCode_e CombineSetValueReturnCodes(SetValueReturnCode_e a, SetValue
 
 const std::string &GetLastSetValueErrorString() { return LastSetValueError; }
 
+SetValueHooks_s SetValueHooks{};
+
 namespace {
 
 // Map style lives per field map and line map: these rows reach the maps of the command's set.
@@ -806,6 +808,21 @@ void followLinks(const int path[7], ArbParam_t argValue) {
         PropagateView(frame);
 }
 
+// GLOBALCONTOUR n VAR: the group's levels and ranges follow the new variable; one they cannot
+// follow is put back.
+GlobalContour_s *contourOfVarPath(FrameStyle_s *style, const int path[7]) {
+    bool isVar = path[0] == MacroSetValue_GLOBALCONTOUR && path[1] >= 1 && path[1] <= MaxContourGroups &&
+                 path[2] == MacroSetValue_VAR && path[3] < 0;
+    return isVar && style != nullptr ? &style->GlobalContour[path[1] - 1] : nullptr;
+}
+SetValueReturnCode_e followContourVar(FrameStyle_s *style, const int path[7], int oldVar) {
+    GlobalContour_s *contour = contourOfVarPath(style, path);
+    if (contour == nullptr || SetValueHooks.NewContourVar == nullptr) return SetValue_Ok;
+    if (SetValueHooks.NewContourVar(path[1] - 1, oldVar, contour->Var)) return SetValue_Ok;
+    contour->Var = oldVar;
+    return fail(SetValue_InvalidVarOrZone, "Variable not in current data set");
+}
+
 // The frame record a frame row addresses: the base record while the configuration file runs,
 // else the current frame's.
 FrameStyle_s *frameStyleTarget() {
@@ -851,8 +868,13 @@ SetValueReturnCode_e SetValue7(ArbParam_t argValue, double doubleValue, AssignOp
             code = fail(SetValue_ContextError, "There is no current frame.");
         else if (!linkAllowed(path, argValue, &error))
             code = fail(SetValue_ContextError, error);
-        else
+        else {
+            const GlobalContour_s *contour = contourOfVarPath(style, path);
+            int oldVar = contour != nullptr ? contour->Var : -1;
             code = FrameStyleSetValue(style, path, argValue, doubleValue, assignOp, &error);
+            if (code == SetValue_Ok && raiseStateChange && !IsProcessingConfigFile)
+                code = followContourVar(style, path, oldVar);
+        }
         if (!error.empty()) LastSetValueError = error;
         if (code == SetValue_Ok && !IsProcessingConfigFile) followLinks(path, argValue);
     } else if (isFrame) {

@@ -230,3 +230,14 @@ bool Action_SetStyleBase(StyleBase_e base);
 
 // True if the major row is one this build can set.
 bool IsSetValueMajorAvailable(int row);
+
+// Work that follows a style change in the layers above the style tree, registered by them; a
+// null entry does nothing.
+struct SetValueHooks_s {
+    // A colour map group, a basic colour or LINKCOLORMAPS changed: the colour tables follow.
+    void (*ColorMapChanged)();
+    // GLOBALCONTOUR n VAR of the current frame went from oldVar to newVar (group and variables
+    // 0-based, -1 for none); false puts the old variable back.
+    bool (*NewContourVar)(int group, int oldVar, int newVar);
+};
+extern SetValueHooks_s SetValueHooks;

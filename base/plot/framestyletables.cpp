@@ -473,6 +473,7 @@ const StyleField_s ColorMapFilterRows[] = {
     SUBROW(ZEBRA, Zebra, ZebraTable),
     INTROW(COLORMAPCYCLES, AboveZeroSmIntegerInputSpec, ColorMapCycles),
     BOOLROW(USEFASTAPPROXCONTINUOUSFLOOD, UseFastApproxContinuousFlood),
+    BOOLROW(USEFASTAPPROXIMATECOLORING, UseFastApproxContinuousFlood),  // the other spelling
     BOOLROW(COLORMAPOVERRIDEACTIVE, ColorMapOverrideActive),
     NUMSUBROW(COLORMAPOVERRIDE, ColorMapOverride, ColorMapOverrideTable, MaxColorMapOverrides,
               "Invalid ColorMap Override number"),
