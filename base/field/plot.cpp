@@ -1,6 +1,7 @@
 // Field plot layers. Points go from data to screen pixels through the frame's maps: in 2D by the
 // grid-to-screen map (log axes included), in 3D first through the 3D view to frame-view
 // coordinates, which are the grid of a 3D frame's 2D maps.
+#include "base/field/contlegend.h"
 #include "base/field/plot.h"
 
 #include <cmath>
@@ -250,5 +251,6 @@ bool Plot3DOpaqueFieldData() { return plotFieldData(true); }
 
 void RegisterFieldPlotLayers() {
     PlotLayerHooks.Plot2DFieldData = Plot2DFieldData;
+    PlotLayerHooks.DrawPostData = DrawContourLegends;
     PlotLayerHooks.Plot3DOpaqueFieldDataInHardware = Plot3DOpaqueFieldData;
 }

@@ -340,3 +340,38 @@ TEST(ContourPlotE2E, NothingToExtractSaysSo) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(ContourPlotE2E, LegendShowsOneBoxPerBandAtItsAnchor) {
+    Scratch s;
+    const std::vector<double> levels = {5.0, 10.0, 15.0};
+    std::string log = runMacro(s, gridFile(11, 6),
+                               "$!GLOBALCONTOUR 1 VAR = 3\n" + levelsCommand(levels) +
+                                   "$!GLOBALCONTOUR 1 LEGEND { SHOW = YES }\n"
+                                   "$!FIELDLAYERS SHOWCONTOUR = YES SHOWMESH = NO\n"
+                                   "$!FIELDMAP [1] CONTOUR { CONTOURTYPE = FLOOD }\n"
+                                   "$!EXPORTSETUP EXPORTFORMAT = PNG IMAGEWIDTH = 500 EXPORTFNAME = \"l.png\"\n"
+                                   "$!EXPORT\n");
+    EXPECT_EQ(log.find("Err"), std::string::npos) << log;
+    // The frame is 500 by (499 x 8 / 9 + 1, rounded) 445 pixels. The legend's top right corner
+    // stands at XYPOS (95%, 80%) of the frame, Y up: x = 0.95 x 499, y = 0.2 x 444. Each band is
+    // a row of the number text's height (2.5% of the frame) times the row spacing 1.2, twice as
+    // wide; the highest band is on top.
+    double right = 0.95 * 499, top = 0.2 * 444, row = 0.025 * 1.2 * 444;
+    char program[512];
+    snprintf(program, sizeof(program),
+             "from PIL import Image\n"
+             "im = Image.open('l.png').convert('RGB')\n"
+             "print([list(im.getpixel((%d, int(%f + (b + 0.5) * %f)))) for b in range(4)])\n",
+             int(right - row), top, row);
+    std::string expected = "[";
+    for (int band = 3; band >= 0; band--) {
+        std::vector<int> c = bandColour(levels, band);
+        expected += "[" + std::to_string(c[0]) + ", " + std::to_string(c[1]) + ", " + std::to_string(c[2]) + "]" +
+                    (band > 0 ? ", " : "]\n");
+    }
+    EXPECT_EQ(python(s, program), expected);
+}
+
+}  // namespace
