@@ -79,13 +79,9 @@ bool GetExportRegionRect(ExportRegion_e region, Rect_s *rect) {
     }
     if (CurFrame == nullptr) return false;
     // Frame rectangles keep the bottom in Y1; the region keeps the top there.
-    auto flipped = [](const Rect_s &r) { return Rect_s{r.X1, r.Y2, r.X2, r.Y1}; };
-    *rect = flipped(CurFrame->Style.FrameLayout.Rect);
-    if (region == ExportRegion_CurrentFrame) return true;
-    for (int n = 0; n < FrameStackCount(); n++) {
-        Rect_s r = flipped(FrameStackGet(n)->Style.FrameLayout.Rect);
-        *rect = {std::min(rect->X1, r.X1), std::min(rect->Y1, r.Y1), std::max(rect->X2, r.X2), std::max(rect->Y2, r.Y2)};
-    }
+    Rect_s r = CurFrame->Style.FrameLayout.Rect;
+    if (region == ExportRegion_AllFrames) GetBoundingBoxOfAllFrames(&r);
+    *rect = Rect_s{r.X1, r.Y2, r.X2, r.Y1};
     return true;
 }
 

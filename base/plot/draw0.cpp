@@ -53,10 +53,6 @@ void clearSlots(Frame_s *frame, int first, int last, bool fullState = true, bool
 
 bool deviceDrawn3D(const Frame_s *frame) { return frame->PlotType == PlotType_Cartesian3D; }
 
-bool isFieldPlot(const Frame_s *frame) {
-    return frame->PlotType == PlotType_Cartesian2D || frame->PlotType == PlotType_Cartesian3D;
-}
-
 bool isLinePlot(const Frame_s *frame) {
     return frame->PlotType == PlotType_XYLine || frame->PlotType == PlotType_PolarLine;
 }

@@ -309,17 +309,23 @@ bool Action_FrameControl(FrameAction_e action, int number, const char *name, dou
     return false;
 }
 
+bool GetBoundingBoxOfAllFrames(Rect_s *box) {
+    *box = Rect_s{1e150, -1e150, -1e150, 1e150};
+    for (const auto &frame : FrameStack) {
+        const Rect_s &r = frame->Style.FrameLayout.Rect;
+        *box = {std::min(box->X1, r.X1), std::max(box->Y1, r.Y1), std::max(box->X2, r.X2), std::min(box->Y2, r.Y2)};
+    }
+    return !FrameStack.empty();
+}
+
 bool FitAllFramesInPaper() {
     if (FrameStack.empty()) return true;
     double width, height, left, right, bottom, top;
     GetPaperSpecs(GeneralBase.Paper, &width, &height, &left, &right, &bottom, &top);
     // The hard clip rectangle of the sheet, and the box around all frames (Y grows downward).
     Rect_s outer{left, height - bottom, width - right, top};
-    Rect_s inner{1e150, -1e150, -1e150, 1e150};
-    for (const auto &frame : FrameStack) {
-        const Rect_s &r = frame->Style.FrameLayout.Rect;
-        inner = {std::min(inner.X1, r.X1), std::max(inner.Y1, r.Y1), std::max(inner.X2, r.X2), std::min(inner.Y2, r.Y2)};
-    }
+    Rect_s inner;
+    GetBoundingBoxOfAllFrames(&inner);
     double outerW = outer.X2 - outer.X1, outerH = outer.Y1 - outer.Y2, innerW = inner.X2 - inner.X1,
            innerH = inner.Y1 - inner.Y2;
     if (outerW <= 0 || outerH <= 0 || innerW <= 0 || innerH <= 0) return false;

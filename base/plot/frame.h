@@ -136,6 +136,8 @@ bool DoForAllLikeFramesExceptSelfInPage(const Frame_s *frame, bool (*visit)(void
 bool DoForAllLikeFramesExceptSelfInAllPages(const Frame_s *frame, bool (*visit)(void *clientData), void *clientData);
 // Deletes the top frame; an empty page gets a new empty frame.
 bool DeleteTopFrame();
+// The box around all frames' rectangles, in their sense (Y1 the bottom); false on an empty page.
+bool GetBoundingBoxOfAllFrames(Rect_s *box);
 // Scales and moves all frames together so that they fit the sheet's hard clip limits.
 bool FitAllFramesInPaper();
 

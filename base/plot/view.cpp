@@ -667,14 +667,13 @@ bool Action_WorkspaceView(WorkspaceView_e view, double x1, double y1, double x2,
     switch (view) {
     case WorkspaceView_FitSelectedFrames:
     case WorkspaceView_FitAllFrames: {
-        Rect_s all{1e150, 1e150, -1e150, -1e150};
-        for (int n = 0; n < FrameStackCount(); n++) {
-            if (view == WorkspaceView_FitSelectedFrames && FrameStackGet(n) != CurFrame) continue;
-            const Rect_s &r = FrameStackGet(n)->Style.FrameLayout.Rect;
-            all = {std::min(all.X1, r.X1), std::min(all.Y1, r.Y2), std::max(all.X2, r.X2), std::max(all.Y2, r.Y1)};
-        }
-        if (all.X1 > all.X2) return true;
-        PushPaperView(Rect_s{all.X1 - 0.05, all.Y1 - 0.05, all.X2 + 0.05, all.Y2 + 0.05}, false);
+        Rect_s all;
+        if (view == WorkspaceView_FitSelectedFrames && CurFrame != nullptr)
+            all = CurFrame->Style.FrameLayout.Rect;
+        else if (!GetBoundingBoxOfAllFrames(&all))
+            return true;
+        // Frame rectangles keep the bottom in Y1; the paper region keeps the top there.
+        PushPaperView(Rect_s{all.X1 - 0.05, all.Y2 - 0.05, all.X2 + 0.05, all.Y1 + 0.05}, false);
         break;
     }
     case WorkspaceView_FitPaper: FitPaperInWorkArea(false); break;

@@ -137,3 +137,17 @@ std::vector<std::string> Lines(const std::string &text) {
     while (std::getline(in, line)) lines.push_back(line);
     return lines;
 }
+
+std::string RunShell(const std::string &command) {
+    FILE *pipe = popen(command.c_str(), "r");
+    std::string out;
+    char buffer[512];
+    while (pipe != nullptr && fgets(buffer, sizeof(buffer), pipe) != nullptr) out += buffer;
+    if (pipe != nullptr) pclose(pipe);
+    return out;
+}
+
+std::string RunPython(const Scratch &s, const std::string &program) {
+    s.write("probe.py", program);
+    return RunShell("cd '" + s.dir() + "' && /usr/bin/python3 probe.py 2>&1");
+}

@@ -55,5 +55,10 @@ class Scratch {
 std::string Unwrapped(const std::string &text);
 // True if the text holds the message, whatever the wrapping.
 bool HoldsMessage(const std::string &text, const std::string &message);
+// What a shell command printed (standard output and, with 2>&1 in it, standard error).
+std::string RunShell(const std::string &command);
+// Runs a short Python program in the scratch directory with Debian's interpreter (which has
+// Pillow) and gives what it printed.
+std::string RunPython(const Scratch &s, const std::string &program);
 // The lines of a text.
 std::vector<std::string> Lines(const std::string &text);

@@ -70,17 +70,6 @@ std::string runMacro(Scratch &s, const std::string &data, const std::string &bod
     return s.read("batch.log");
 }
 
-std::string python(Scratch &s, const std::string &program) {
-    s.write("probe.py", program);
-    std::string command = "cd '" + s.dir() + "' && /usr/bin/python3 probe.py 2>&1";
-    FILE *pipe = popen(command.c_str(), "r");
-    std::string out;
-    char buffer[512];
-    while (pipe != nullptr && fgets(buffer, sizeof(buffer), pipe) != nullptr) out += buffer;
-    if (pipe != nullptr) pclose(pipe);
-    return out;
-}
-
 // A zone of a text data file as written: its title, points (X, Y, F) and segments (0-based).
 struct WrittenZone {
     std::string Title;
@@ -190,8 +179,8 @@ TEST(ContourPlotE2E, FloodedExportShowsEachPointInItsBandsColour) {
                  p.X, p.Y);
         program += line;
     }
-    std::vector<std::string> lines = Lines(python(s, program));
-    ASSERT_EQ(lines.size(), samples.size()) << python(s, program);
+    std::vector<std::string> lines = Lines(RunPython(s, program));
+    ASSERT_EQ(lines.size(), samples.size()) << RunPython(s, program);
     std::map<int, std::vector<int>> colours;
     for (int band = 0; band <= int(levels.size()); band++) colours[band] = bandColour(levels, band);
     for (size_t n = 0; n < samples.size(); n++) {
@@ -371,7 +360,7 @@ TEST(ContourPlotE2E, LegendShowsOneBoxPerBandAtItsAnchor) {
         expected += "[" + std::to_string(c[0]) + ", " + std::to_string(c[1]) + ", " + std::to_string(c[2]) + "]" +
                     (band > 0 ? ", " : "]\n");
     }
-    EXPECT_EQ(python(s, program), expected);
+    EXPECT_EQ(RunPython(s, program), expected);
 }
 
 }  // namespace

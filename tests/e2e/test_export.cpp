@@ -21,27 +21,6 @@ std::string runExport(Scratch &s, const std::string &body) {
     return s.read("batch.log");
 }
 
-// Runs a short Python program with Debian's interpreter (which has Pillow) and gives its output.
-std::string python(Scratch &s, const std::string &program) {
-    s.write("probe.py", program);
-    std::string command = "cd '" + s.dir() + "' && /usr/bin/python3 probe.py 2>&1";
-    FILE *pipe = popen(command.c_str(), "r");
-    std::string out;
-    char buffer[512];
-    while (pipe != nullptr && fgets(buffer, sizeof(buffer), pipe) != nullptr) out += buffer;
-    if (pipe != nullptr) pclose(pipe);
-    return out;
-}
-
-std::string shell(const std::string &command) {
-    FILE *pipe = popen(command.c_str(), "r");
-    std::string out;
-    char buffer[512];
-    while (pipe != nullptr && fgets(buffer, sizeof(buffer), pipe) != nullptr) out += buffer;
-    if (pipe != nullptr) pclose(pipe);
-    return out;
-}
-
 TEST(ExportE2E, EachFormatDecodesToTheSizeOfTheRegion) {
     // A frame of 9 by 8 inches exported 300 pixels wide: (300 - 1) * 8 / 9 + 1 = 266.8, and with
     // the rounding (add 0.499, cut) 267 rows.
@@ -63,7 +42,7 @@ TEST(ExportE2E, EachFormatDecodesToTheSizeOfTheRegion) {
         program += std::string("im = Image.open('") + c.file +
                    "'); rgb = im.convert('RGB'); print(im.format, im.size[0], im.size[1], im.mode, "
                    "rgb.getpixel((100, 100)), rgb.getpixel((0, 0)))\n";
-    std::vector<std::string> lines = Lines(python(s, program));
+    std::vector<std::string> lines = Lines(RunPython(s, program));
     ASSERT_EQ(lines.size(), 5u);
     // Inside the frame between the mesh lines is its background, its corner the border.
     EXPECT_EQ(lines[0], "PNG 300 267 RGB (0, 255, 255) (0, 0, 0)");
@@ -78,7 +57,7 @@ TEST(ExportE2E, EachFormatDecodesToTheSizeOfTheRegion) {
     EXPECT_GT(g, 235);
     EXPECT_GT(b, 235);
     EXPECT_LT(r0 + g0 + b0, 60);
-    std::string xwd = shell("identify -format '%m %w %h' '" + s.path("x.xwd") + "' 2>&1");
+    std::string xwd = RunShell("identify -format '%m %w %h' '" + s.path("x.xwd") + "' 2>&1");
     EXPECT_EQ(xwd, "XWD 300 267") << xwd;
 }
 
@@ -95,7 +74,7 @@ TEST(ExportE2E, TwoRunsGiveTheSamePixels) {
     EXPECT_EQ(log.find("Err"), std::string::npos) << log;
     // All frames: the bounding box is the first frame, 9 by 8 inches from (1, 0.25); the second
     // frame's middle (3.5, 3) lies at 2.5 / 9 and 2.75 / 8 of the picture.
-    std::string out = python(s, "from PIL import Image\n"
+    std::string out = RunPython(s, "from PIL import Image\n"
                                 "a = Image.open('one.png').convert('RGB'); b = Image.open('two.png').convert('RGB')\n"
                                 "print(a.size, list(a.getdata()) == list(b.getdata()))\n"
                                 "x = round(2.5 / 9 * 450); y = round(2.75 / 8 * (a.size[1] - 1))\n"
@@ -126,7 +105,7 @@ TEST(ExportE2E, MeshOfAKnownZoneLandsWhereTheMapsPutIt) {
              int(column(5) + 0.5), int(row(2.5)), int(column(10) + 0.5), int(row(1)), int(column(2)), int(row(0) + 0.5),
              int(column(7)), int(row(5) + 0.5), int(column(2.5)), int(row(2.5)));
     // The middle and right I-lines, the bottom and top J-lines; nothing between them.
-    EXPECT_EQ(python(s, program), "True True True True\nFalse\n");
+    EXPECT_EQ(RunPython(s, program), "True True True True\nFalse\n");
 }
 
 TEST(ExportE2E, RefusalsLeaveNoFile) {

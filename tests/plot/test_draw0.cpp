@@ -43,7 +43,9 @@ class RedrawTest : public ::testing::Test {
             ASSERT_TRUE(Gr_AllocColorTables());
             for (int group = NumColorMapGroups - 1; group >= 0; group--) Gr_InstallColorMap(group);
         }
-        if (PlXPoly.empty()) ASSERT_TRUE(VDI_AllocPolygonBuffers());
+        if (PlXPoly.empty()) {
+            ASSERT_TRUE(VDI_AllocPolygonBuffers());
+        }
         ASSERT_TRUE(Gr_ConstructOffscreenImage(Width, Height, ExportRegion_WorkArea));
         SetUsableWorkAreaSize(Width, Height);
         InitializeFrameFactoryDefaults();
