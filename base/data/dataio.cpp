@@ -978,8 +978,12 @@ struct DataSectionReader {
     }
 };
 
-// Values that remain of n points when every skip-th is kept, and the last one too.
-LgIndex_t pointsAfterSkip(LgIndex_t n, LgIndex_t skip) { return n <= 1 ? n : (n - 1 + skip - 1) / skip + 1; }
+// Values that remain of n points when every skip-th is kept, and the last one too. Worked in 64
+// bits: n - 1 + skip - 1 passes the 32-bit range for a skip near its largest value.
+LgIndex_t pointsAfterSkip(LgIndex_t n, LgIndex_t skip) {
+    if (n <= 1) return n;
+    return LgIndex_t((int64_t(n) - 1 + int64_t(skip) - 1) / int64_t(skip) + 1);
+}
 
 // A title joined to the data set's with " | ", cut to the longest title.
 void appendTitle(DataSet_s *dataSet, const std::string &title) {

@@ -26,7 +26,10 @@
 #include "base/kernel/strlist.h"
 #include "base/kernel/strutil.h"
 #include "base/kernel/tempdir.h"
+#include "base/macro/actcmd.h"
 #include "base/macro/macrocomp.h"
+#include "base/macro/vocabtables.h"
+#include "base/plot/draw0.h"
 
 const char *const OrvanexBaseDataSetReaderName = "ORVANEX";
 const char *const OrvanexDataLoaderName = "Orvanex Data Loader";
@@ -93,8 +96,36 @@ bool LayoutPackageDataSetLoader(StringList_s *) {
     return false;
 }
 
+// ---- remote files, picks, damage ---------------------------------------------------------
+// A load keeps the remote files it fetched cached until it ends, reads a remote file from its
+// local copy, and drops the picked objects. Remote files and picking are subsystems not built
+// yet: every name is read as a local file, the persistence levels hold nothing, and there are no
+// picks to drop.
+
+void URLFileCacheBeginPersistenceLevel() {}
+bool URLFileCacheEndPersistenceLevel() { return true; }
+const char *URLFileCacheGetLocalFileName(const char *) { return nullptr; }
+void UnpickAllPickedObjects() {}
+
+// A frame whose data set was replaced is drawn again in full.
+void SetFrameDamage(Frame_s *frame) { MarkEntireFrameForScreenUpdate(frame); }
+
+// The name a file is read under: its temporary binary file, the local copy of a remote file, or
+// the name itself.
 const char *fileToRead(const DataFileInfo_s &file) {
-    return file.TempFileName.empty() ? file.FileName.c_str() : file.TempFileName.c_str();
+    if (!file.TempFileName.empty()) return file.TempFileName.c_str();
+    const char *local = URLFileCacheGetLocalFileName(file.FileName.c_str());
+    return local != nullptr ? local : file.FileName.c_str();
+}
+
+// The action line of a load in the batch log: the instructions joined by "+".
+void logReadDataSetAction(const std::vector<std::string> &instructions) {
+    ActionCommand_s action;
+    action.Action = MacroAction_READDATASET;
+    for (const std::string &entry : instructions)
+        for (const std::string &line : SplitLines(entry))
+            action.String += (action.String.empty() ? "" : "+") + line;
+    action.logAction();
 }
 
 bool isCurDataSetLocked() {
@@ -267,8 +298,9 @@ bool readFilesIntoDataSet(DataSetLoadInfo_s *loadInfo, bool hasData, const Strin
         plan.ZoneOffset = EntIndex_t(zoneOffset);
         // A converted file is deleted after the load, so its values are taken in at once.
         plan.IsTempOrRemote = !file.TempFileName.empty();
-        if (zoneOffset <= plan.LastZone && !ReadDataFileIntoDataSet(fileToRead(file), dataSet, plan, extras))
-            return false;
+        // Past the last zone to read a file still gives its title, labels, text, geometries and
+        // auxiliary data: only its zones are passed over.
+        if (!ReadDataFileIntoDataSet(fileToRead(file), dataSet, plan, extras)) return false;
         zoneOffset += file.NumZones;
         if (zoneOffset > MaxNumZonesOrVars) {
             ErrMsg("Exceeded maximum number of zones allowed (32700).");
@@ -320,26 +352,49 @@ bool checkNamesCoverPresent(const StringList_s *names, const DataSet_s *present)
     return true;
 }
 
+// What an append may change in the present data set before it joins the new one: the variable
+// count and the enabled variables. A failed append goes back to them, so the present data set is
+// left exactly as it was.
+struct PresentVarsNote {
+    EntIndex_t NumVars = 0;
+    SetPtr_t EnabledVars;
+};
+
+bool notePresentVars(const DataSet_s *present, PresentVarsNote *note) {
+    note->NumVars = present->NumVars;
+    note->EnabledVars.reset(AllocSet(false));
+    return note->EnabledVars && CopySet(note->EnabledVars.get(), present->EnabledVars, false);
+}
+
+void restorePresentVars(DataSet_s *present, const PresentVarsNote &note) {
+    // Variables added past the old end go from the last down; gaps that were filled are emptied.
+    while (present->NumVars > note.NumVars) DataSetDeleteVar(present, EntIndex_t(present->NumVars - 1));
+    for (SetIndex_t var = GetNextMember(present->EnabledVars, -1); var >= 0;) {
+        SetIndex_t next = GetNextMember(present->EnabledVars, var);
+        if (!InSet(note.EnabledVars.get(), var)) DataSetDeallocVar(present, EntIndex_t(var));
+        var = next;
+    }
+}
+
 // Before an append the two data sets must have the same variables. By name, the extra names
 // become passive variables of the present data set; by position, each side gets the variables
-// only the other has. What was added to the present data set is taken back on failure.
+// only the other has. On failure the caller takes back what was added to the present data set.
 bool matchVariablesForAppend(DataSet_s *present, DataSet_s *incoming, VarLoadMode_e mode, const StringList_s *names) {
-    std::vector<EntIndex_t> addedToPresent;
-    auto fail = [&]() {
-        for (auto var = addedToPresent.rbegin(); var != addedToPresent.rend(); ++var) DataSetDeleteVar(present, *var);
-        OutOfMemoryMsg();
-        return false;
+    auto addToPresent = [&](EntIndex_t var, const char *name) {
+        if (present->IsLocked) {
+            DataSetShowLockError("add a variable");
+            return false;
+        }
+        if (!addPassiveVar(present, var, name)) {
+            OutOfMemoryMsg();
+            return false;
+        }
+        return true;
     };
     if (mode == VarLoadMode_ByName) {
         for (EntIndex_t var = present->NumVars; var < EntIndex_t(StringListCount(names)); var++) {
-            if (present->IsLocked) {
-                DataSetShowLockError("add a variable");
-                for (auto v = addedToPresent.rbegin(); v != addedToPresent.rend(); ++v) DataSetDeleteVar(present, *v);
-                return false;
-            }
             CharPtr name(GetSimpleVarNameFromVarNameList(names, var, 0, false));
-            if (!addPassiveVar(present, var, name ? name.get() : "")) return fail();
-            addedToPresent.push_back(var);
+            if (!addToPresent(var, name ? name.get() : "")) return false;
         }
     }
     EntIndex_t numVars = std::max(present->NumVars, incoming->NumVars);
@@ -348,15 +403,12 @@ bool matchVariablesForAppend(DataSet_s *present, DataSet_s *incoming, VarLoadMod
         bool inIncoming = var < incoming->NumVars && IsVarEnabled(incoming, var);
         if (inPresent == inIncoming) continue;
         if (inPresent) {
-            if (!addPassiveVar(incoming, var, GetVarName(present, var))) return fail();
-        } else {
-            if (present->IsLocked) {
-                DataSetShowLockError("add a variable");
-                for (auto v = addedToPresent.rbegin(); v != addedToPresent.rend(); ++v) DataSetDeleteVar(present, *v);
+            if (!addPassiveVar(incoming, var, GetVarName(present, var))) {
+                OutOfMemoryMsg();
                 return false;
             }
-            if (!addPassiveVar(present, var, GetVarName(incoming, var))) return fail();
-            addedToPresent.push_back(var);
+        } else if (!addToPresent(var, GetVarName(incoming, var))) {
+            return false;
         }
     }
     // The present names win.
@@ -621,8 +673,9 @@ void InitReadDataSetArgs(ReadDataSetArgs_s *args) {
     args->AssignStrandIDs = GeneralBase.AssignStrandIDs;
 }
 
-bool Action_ReadDataSet(const ReadDataSetArgs_s &args) {
-    // Remote files fetched for this load would stay cached to its end; local files need nothing.
+namespace {
+
+bool readDataSet(const ReadDataSetArgs_s &args) {
     int reader = GetDataSetReaderByName(args.DataSetReader.c_str());
     if (reader < 0) return false;
     if (args.ReadDataOption != ReadDataOption_Append && isCurDataSetLocked()) {
@@ -684,11 +737,21 @@ bool Action_ReadDataSet(const ReadDataSetArgs_s &args) {
     return ok;
 }
 
+}  // namespace
+
+bool Action_ReadDataSet(const ReadDataSetArgs_s &args) {
+    // Remote files fetched for this load stay cached until it ends, whichever way it ends.
+    URLFileCacheBeginPersistenceLevel();
+    bool ok = readDataSet(args);
+    return URLFileCacheEndPersistenceLevel() && ok;
+}
+
 bool Action_ReadCookedDataSet(DataSetLoadInfo_s *loadInfo, const ZoneSpecList_t &zoneSpecs,
                               const StringList_s *varNameList, ReadDataOption_e option, bool resetStyle,
                               PlotType_e initialPlotType, bool initialPlotFirstZoneOnly, bool,
                               bool offerInitialPlot) {
     DataSetReader_s &reader = DataSetReaders[loadInfo->Reader];
+    logReadDataSetAction(loadInfo->FileNamesOrInstructions);
     bool ok;
     if (reader.Converter != nullptr) {
         // The initial-plot dialog belongs to the window; without it the type stays as asked.
@@ -741,6 +804,7 @@ bool GoReadDataSet(DataSetLoadInfo_s *loadInfo, const ZoneSpecList_t &zoneSpecs,
         ErrMsg("Cannot read a data set: there is no frame.");
         return false;
     }
+    if (option != ReadDataOption_Append) UnpickAllPickedObjects();
     DataSet_s *present = CurFrame->DataSet;
     bool hasZones = loadInfo->HasData && !zoneSpecs.empty();
     StringListPtr names;
@@ -807,14 +871,29 @@ bool GoReadDataSet(DataSetLoadInfo_s *loadInfo, const ZoneSpecList_t &zoneSpecs,
         }
     }
     if (loadInfo->CollapseZonesAndVars) CollapseDataSet(dataSet.get());
-    if (option == ReadDataOption_Append && present != nullptr &&
-        !matchVariablesForAppend(present, dataSet.get(), loadInfo->VarLoadMode, names.get()))
+    // An append changes the present data set's variables before the join, which may still refuse
+    // (too many label sets or zones in all); on any failure those changes are taken back.
+    bool appending = option == ReadDataOption_Append && present != nullptr;
+    PresentVarsNote presentVars;
+    if (appending && !notePresentVars(present, &presentVars)) {
+        OutOfMemoryMsg();
         return false;
+    }
+    if (appending && !matchVariablesForAppend(present, dataSet.get(), loadInfo->VarLoadMode, names.get())) {
+        restorePresentVars(present, presentVars);
+        return false;
+    }
     DataSet_s *incoming = dataSet.get();
-    if (!AttachDataSetToCurFrame(&incoming, option, loadInfo->AssignStrandIDs, loadInfo->AddZonesToExistingStrands,
-                                 resetStyle, initialPlotType, initialPlotFirstZoneOnly))
-        return false;
+    bool attached = AttachDataSetToCurFrame(&incoming, option, loadInfo->AssignStrandIDs,
+                                            loadInfo->AddZonesToExistingStrands, resetStyle, initialPlotType,
+                                            initialPlotFirstZoneOnly);
     if (incoming == nullptr) dataSet.release();  // the frame owns it now, or it was joined and freed
+    if (!attached) {
+        // Once joined the new zones are the present data set's; before that, nothing of the load
+        // may stay in it.
+        if (appending && incoming != nullptr) restorePresentVars(present, presentVars);
+        return false;
+    }
     attachExtras();
     return true;
 }
@@ -829,6 +908,10 @@ void DataSetPostReadFinished(const char *, bool isReadOk) {
         MarkDataSetAsChanged(dataSet);
         if (!dataSet->Journal.IsValid) CleanupDataSetJournal(dataSet);
     }
+    // Every frame that took the replacing data set is drawn afresh.
+    if (held && isReadOk && postReadNote.Option == ReadDataOption_Replace)
+        for (int n = 0; n < FrameStackCount(); n++)
+            if (FrameStackGet(n)->DataSet == dataSet) SetFrameDamage(FrameStackGet(n));
     postReadNote = PostReadNote{};
 }
 

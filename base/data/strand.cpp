@@ -76,6 +76,13 @@ void RemoveZoneFromStrand(DataSet_s *dataSet, int32_t strand, EntIndex_t zone, b
     else
         RemoveFromSet(info->ZoneMembers, zone);
     MarkStrandInfoAsInvalid(dataSet, strand);
+    // A strand lives from its first zone to its last: the slot of one that lost its last zone is
+    // emptied, so that counts and time ranges no longer see it.
+    if (IsEmpty(info->ZoneMembers)) {
+        ArrayListItem_u nothing;
+        nothing.VoidPtr = nullptr;
+        ArrayListSetItem(dataSet->StrandInfoList, strand, nothing, StrandInfoItemDestructor, 0);
+    }
 }
 
 void StrandsInsertZone(DataSet_s *dataSet, EntIndex_t zone) {

@@ -141,6 +141,10 @@ int NumFieldMaps(const Frame_s *frame) { return frame != nullptr ? int(frame->Fi
 
 bool IsValidFieldMap(const Frame_s *frame, int map) { return map >= 0 && map < NumFieldMaps(frame); }
 
+int GetFieldMapForStrandID(const Frame_s *frame, int32_t strand) {
+    return frame != nullptr && isStrand(strand) ? strandMap(frame, strand) : -1;
+}
+
 int GetFieldMapForZone(const Frame_s *frame, EntIndex_t zone) {
     return zone >= 0 && size_t(zone) < frame->ZoneFieldMaps.size() ? frame->ZoneFieldMaps[size_t(zone)] : -1;
 }

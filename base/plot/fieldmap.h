@@ -40,6 +40,8 @@ int NumFieldMaps(const Frame_s *frame);
 bool IsValidFieldMap(const Frame_s *frame, int map);
 // -1 for a zone without a map.
 int GetFieldMapForZone(const Frame_s *frame, EntIndex_t zone);
+// The map that stands for the strand, or -1 when no map of the frame holds that strand.
+int GetFieldMapForStrandID(const Frame_s *frame, int32_t strand);
 void SetFieldMapForZone(Frame_s *frame, EntIndex_t zone, int map);
 // A new set of the map's zones (the caller frees it); null for no such map.
 Set_a *GetFieldMapZones(const Frame_s *frame, int map);

@@ -7,6 +7,7 @@
 #include "base/data/dataset.h"
 #include "base/data/strand.h"
 #include "base/kernel/statechg.h"
+#include "base/macro/vocabtables.h"
 #include "base/plot/fieldmap.h"
 #include "base/plot/frame.h"
 #include "base/plot/linemap.h"
@@ -298,6 +299,10 @@ bool SetZoneSolutionTime(Frame_s *frame, EntIndex_t zone, double time) {
     UpdateFrameFlagsOnSolutionTimeChange(frame);
     Set_a *zones = AllocSet(false);
     if (zones != nullptr) AddToSet(zones, zone, false);
+    // The style path of the change is that of $!GLOBALTIME SOLUTIONTIME.
+    StateChangeSupplementalInfoSetStyleParam(0, MacroSetValue_GLOBALTIME);
+    StateChangeSupplementalInfoSetStyleParam(1, MacroSetValue_SOLUTIONTIME);
+    StateChangeSupplementalInfoSetZone(zone);
     StateChangeInfo_s info;
     info.ZoneSet = zones;
     info.Index = zone;

@@ -9,9 +9,14 @@
 #include "base/data/fenrow.h"
 #include "base/data/readdataset.h"
 #include "base/data/strand.h"
+#include "base/kernel/auxdata.h"
+#include "base/kernel/statechg.h"
 #include "base/kernel/strlist.h"
 #include "base/macro/actcmd.h"
 #include "base/macro/macrocomp.h"
+#include "base/macro/vocabtables.h"
+#include "base/plot/draw0.h"
+#include "base/plot/fieldmap.h"
 #include "base/plot/solntime.h"
 #include "data/data_fixture.h"
 
@@ -611,6 +616,300 @@ TEST_F(ReadDataSetTest, TimeStepsAndChangingAZonesTime) {
     double min, max;
     ASSERT_TRUE(GetStrandSolutionTimeMinMax(dataSet(), 0, &min, &max));
     EXPECT_EQ(max, 5.0);
+}
+
+// ---- a failed append changes nothing ------------------------------------------------------
+
+std::string labelled(const std::string &vars, const std::string &values, int labelSets) {
+    std::string text = "VARIABLES = " + vars + "\n";
+    for (int n = 0; n < labelSets; n++) text += "CUSTOMLABELS \"a" + std::to_string(n) + "\" \"b\"\n";
+    return text + "ZONE I=1\n" + values + "\n";
+}
+
+TEST_F(ReadDataSetTest, AppendRefusedAtTheJoinTakesBackTheAddedVariables) {
+    // Six label sets each: the join refuses twelve, after the variables were matched.
+    loadOk({write("xy.dat", labelled("X Y", "1 2", 6))});
+    DataSet_s *present = dataSet();
+    std::string xyp = write("xyp.dat", labelled("X Y P", "3 4 5", 6));
+    const std::string refused =
+        "Err: Invalid data sets for concatenation.  The total number of custom label sets exceeds the maximum.\n";
+    auto expectAsBefore = [&](EntIndex_t numVars, std::vector<SetIndex_t> enabled) {
+        EXPECT_EQ(dataSet(), present);
+        EXPECT_EQ(present->NumVars, numVars);
+        std::vector<SetIndex_t> members;
+        for (SetIndex_t v = GetNextMember(present->EnabledVars, -1); v >= 0; v = GetNextMember(present->EnabledVars, v))
+            members.push_back(v);
+        EXPECT_EQ(members, enabled);
+        EXPECT_EQ(present->NumZones, 1);
+        EXPECT_EQ(present->NumCustomLabelSets, 6);
+        EXPECT_EQ(StringListCount(present->VarNames), numVars);
+        EXPECT_EQ(value(0, 1, 0), 2.0);
+    };
+    args.ReadDataOption = ReadDataOption_Append;
+    bool ok = true;
+    // By position P is added to the present data set before the join.
+    expectSaid(load({xyp}, &ok), refused);
+    EXPECT_FALSE(ok);
+    expectAsBefore(2, {0, 1});
+    // By name the extra name is added the same way.
+    args.VarLoadMode = VarLoadMode_ByName;
+    NameList names{"X", "Y", "P"};
+    args.VarNameList = names.list;
+    expectSaid(load({xyp}, &ok), refused);
+    expectAsBefore(2, {0, 1});
+    // Without the labels the same append goes through: the refusal was the join's alone.
+    args.IncludeCustomLabels = false;
+    loadOk({xyp});
+    EXPECT_EQ(present->NumVars, 3);
+    EXPECT_EQ(value(1, 2, 0), 5.0);
+}
+
+TEST_F(ReadDataSetTest, AppendRefusedAtTheJoinEmptiesAFilledGapAgain) {
+    // A B C by positions 1 and 3: B is a gap that an append by position fills.
+    OwnedSet ends = setOf({0, 2});
+    args.VarPositionList = ends.get();
+    loadOk({write("abc.dat", labelled("A B C", "1 2 3", 6))});
+    DataSet_s *present = dataSet();
+    ASSERT_EQ(present->NumVars, 3);
+    ASSERT_FALSE(IsVarEnabled(present, 1));
+    args.VarPositionList = nullptr;
+    args.ReadDataOption = ReadDataOption_Append;
+    bool ok = true;
+    expectSaid(load({write("pqr.dat", labelled("P Q R", "4 5 6", 5))}, &ok),
+               "Err: Invalid data sets for concatenation.  The total number of custom label sets exceeds the maximum.\n");
+    EXPECT_FALSE(ok);
+    EXPECT_EQ(present->NumVars, 3);
+    EXPECT_FALSE(IsVarEnabled(present, 1));
+    EXPECT_EQ(GetNativeFieldDataPtr(present, 0, 1), nullptr);
+    EXPECT_EQ(value(0, 2, 0), 3.0);
+}
+
+// ---- every file's header is read ----------------------------------------------------------
+
+TEST_F(ReadDataSetTest, ZoneListStopsZonesButNotTheLaterFilesHeaders) {
+    std::string first = write("first.dat", "TITLE = \"t\"\nVARIABLES = X Y\nZONE I=1\n1 10\nZONE I=1\n2 20\n");
+    std::string second = write("second.dat", "TITLE = \"second\"\nVARIABLES = X Y\nDATASETAUXDATA Owner=\"me\"\n"
+                                              "CUSTOMLABELS \"Mon\" \"Tue\"\nTEXT X=1 Y=2 T=\"note\"\n"
+                                              "ZONE I=1\n3 30\nZONE I=1\n4 40\n");
+    OwnedSet firstZone = setOf({0});
+    args.ZonesToLoad = firstZone.get();
+    loadOk({first, second});
+    EXPECT_STREQ(dataSet()->DataSetTitle, "t | second");
+    EXPECT_EQ(dataSet()->NumZones, 1);
+    EXPECT_EQ(dataSet()->NumCustomLabelSets, 1);
+    ASSERT_EQ(CurFrame->Texts.size(), 1u);
+    EXPECT_EQ(CurFrame->Texts[0].Text, "note");
+    ArbParam_t owner = 0;
+    AuxDataType_e type;
+    bool retain;
+    ASSERT_NE(dataSet()->AuxData, nullptr);
+    ASSERT_TRUE(AuxDataGetItemByName(dataSet()->AuxData, "Owner", &owner, &type, &retain));
+    EXPECT_STREQ(reinterpret_cast<const char *>(owner), "me");
+
+    // Zone 3 is the second file's first zone; the two before it are gaps.
+    OwnedSet third = setOf({2});
+    args.ZonesToLoad = third.get();
+    loadOk({first, second});
+    ASSERT_EQ(dataSet()->NumZones, 3);
+    EXPECT_EQ(MemberCount(dataSet()->EnabledZones), 1);
+    EXPECT_EQ(value(2, 1, 0), 30.0);
+}
+
+TEST_F(ReadDataSetTest, VariableAuxDataOfLaterFilesIsAppended) {
+    loadOk({write("a.dat", "VARIABLES = X Y\nVARAUXDATA 1 Unit=\"m\"\nVARAUXDATA 1 Kind=\"length\"\nZONE I=1\n1 2\n"),
+            write("b.dat", "VARIABLES = X Y\nVARAUXDATA 1 Kind=\"position\"\nVARAUXDATA 1 Source=\"probe\"\n"
+                           "VARAUXDATA 2 Unit=\"s\"\nZONE I=1\n3 4\n")});
+    auto item = [&](EntIndex_t var, const char *name) {
+        const AuxData_s *aux = GetVarSpec(dataSet(), var)->AuxData;
+        ArbParam_t value = 0;
+        AuxDataType_e type;
+        bool retain;
+        return aux != nullptr && AuxDataGetItemByName(aux, name, &value, &type, &retain)
+                   ? std::string(reinterpret_cast<const char *>(value))
+                   : std::string("(none)");
+    };
+    // The first file's items stay, a later item of the same name takes its place, new ones join.
+    EXPECT_EQ(AuxDataGetNumItems(GetVarSpec(dataSet(), 0)->AuxData), 3);
+    EXPECT_EQ(item(0, "Unit"), "m");
+    EXPECT_EQ(item(0, "Kind"), "position");
+    EXPECT_EQ(item(0, "Source"), "probe");
+    EXPECT_EQ(item(1, "Unit"), "s");
+}
+
+// ---- index skip ---------------------------------------------------------------------------
+
+TEST_F(ReadDataSetTest, IndexSkipOnJAndKKeepsTheLastPlanes) {
+    // V = i + 10 j + 100 k over 3 x 5 x 4 points.
+    std::string text = "VARIABLES = V W\nZONE I=3 J=5 K=4\n";
+    for (int k = 0; k < 4; k++)
+        for (int j = 0; j < 5; j++)
+            for (int i = 0; i < 3; i++) text += std::to_string(i + 10 * j + 100 * k) + " 0\n";
+    std::string file = write("ijk.dat", text);
+    args.IJKSkip.J = 2;  // J 0 2 4
+    args.IJKSkip.K = 3;  // K 0 3
+    loadOk({file});
+    const ZoneSpec_s *spec = GetZoneSpec(dataSet(), 0);
+    ASSERT_EQ(spec->NumPtsI, 3);
+    ASSERT_EQ(spec->NumPtsJ, 3);
+    ASSERT_EQ(spec->NumPtsK, 2);
+    const int js[] = {0, 2, 4}, ks[] = {0, 3};
+    LgIndex_t n = 0;
+    for (int k : ks)
+        for (int j : js)
+            for (int i = 0; i < 3; i++, n++) EXPECT_EQ(value(0, 0, n), double(i + 10 * j + 100 * k)) << n;
+
+    // A skip near the largest index keeps the first and the last point.
+    args.IJKSkip = IJKSkip_s{2147483646, 2147483646, 1};
+    loadOk({file});
+    spec = GetZoneSpec(dataSet(), 0);
+    EXPECT_EQ(spec->NumPtsI, 2);
+    EXPECT_EQ(spec->NumPtsJ, 2);
+    EXPECT_EQ(spec->NumPtsK, 4);
+    EXPECT_EQ(value(0, 0, 3), 42.0);  // i 2, j 4, k 0
+    EXPECT_EQ(value(0, 0, 15), 342.0);  // i 2, j 4, k 3
+}
+
+// ---- after the read ----------------------------------------------------------------------
+
+bool acceptingReplaceLoader(StringList_s *) { return true; }
+
+TEST_F(ReadDataSetTest, SuccessfulReplaceDamagesEveryFrameOfTheDataSet) {
+    loadOk({write("a.dat", kTwoZones)});
+    DataSet_s *shared = dataSet();
+    Frame_s *first = CurFrame;
+    ASSERT_TRUE(CreateNewFrame());
+    ASSERT_TRUE(AttachDataSetToCurFrame(shared));
+    ASSERT_TRUE(RegisterDataSetReader(nullptr, acceptingReplaceLoader, "KEEPS", nullptr, nullptr, "x",
+                                      DataSetReaderKind_BuiltIn));
+    auto drawn = [](Frame_s *frame) {
+        frame->DrawState.NeedsUpdate[0] = frame->DrawState.NeedsUpdate[1] = false;
+        for (bool &slot : frame->DrawState.SlotValid[0]) slot = true;
+        for (bool &slot : frame->DrawState.SlotValid[1]) slot = true;
+    };
+    args.DataSetReader = "KEEPS";
+    args.ReadDataOption = ReadDataOption_New;
+    drawn(first);
+    drawn(CurFrame);
+    loadOk({"instructions"});
+    EXPECT_FALSE(FrameNeedsScreenUpdate(first));
+    EXPECT_FALSE(FrameNeedsScreenUpdate(CurFrame));
+    args.ReadDataOption = ReadDataOption_Replace;
+    loadOk({"instructions"});
+    EXPECT_TRUE(FrameNeedsScreenUpdate(first));
+    EXPECT_TRUE(FrameNeedsScreenUpdate(CurFrame));
+}
+
+// ---- strands ------------------------------------------------------------------------------
+
+TEST_F(ReadDataSetTest, NearEqualTimesChainNoFurtherThanABinsFirstTime) {
+    // Range 0..1: tolerance 1e-6. 0.5 + 0.6e-6 is within it of 0.5; 0.5 + 1.2e-6 is within it of
+    // its neighbour but not of 0.5, so it starts a time of its own.
+    loadOk({write("chain.dat", timedZones({0, 0.5, 0.5 + 0.6e-6, 0.5 + 1.2e-6, 1}))});
+    EXPECT_EQ(strandsOf(dataSet()), (std::vector<int32_t>{0, 0, 1, 0, 0}));
+    EXPECT_EQ(CurFrame->TimeSteps.size(), 4u);
+    // In the other order the first zone of the chain sets the bin's time the same way.
+    loadOk({write("back.dat", timedZones({0, 0.5 + 1.2e-6, 0.5 + 0.6e-6, 0.5, 1}))});
+    EXPECT_EQ(strandsOf(dataSet()), (std::vector<int32_t>{0, 0, 1, 0, 0}));
+}
+
+TEST_F(ReadDataSetTest, StrandFlagsCompareTypeIJKAndTimes) {
+    auto strandOf = [&](const std::string &zones) {
+        loadOk({write("s.dat", "VARIABLES = X Y\n" + zones)});
+        MarkStrandInfoAsInvalid(dataSet(), 0);
+        UpdateStrandInfoFlags(dataSet(), 0);
+        return GetStrandInfo(dataSet(), 0);
+    };
+    const char *twoByTwo = "ZONE I=2 J=2 STRANDID=1 SOLUTIONTIME=%g\n1 1\n2 2\n3 3\n4 4\n";
+    char a[200], b[200];
+    snprintf(a, sizeof(a), twoByTwo, 1.0);
+    snprintf(b, sizeof(b), twoByTwo, 2.0);
+    StrandInfo_s *same = strandOf(std::string(a) + b);
+    EXPECT_TRUE(same->HasUniformStructure);
+    EXPECT_TRUE(same->HasUniqueTimes);
+    // Only J differs: 2 x 2 against 2 x 3.
+    StrandInfo_s *otherJ = strandOf(std::string(a) + "ZONE I=2 J=3 STRANDID=1 SOLUTIONTIME=2\n1 1\n2 2\n3 3\n4 4\n5 5\n6 6\n");
+    EXPECT_FALSE(otherJ->HasUniformStructure);
+    EXPECT_FALSE(otherJ->HasUniqueTimes);
+    // Same shape, one time twice.
+    StrandInfo_s *twice = strandOf(std::string(a) + a);
+    EXPECT_TRUE(twice->HasUniformStructure);
+    EXPECT_FALSE(twice->HasUniqueTimes);
+}
+
+TEST_F(ReadDataSetTest, DeletingZonesShiftsStrandsAndEmptiesTheirSlots) {
+    // Times 1, 1, 2, 2 and a static zone: strand 0 is zones 0 and 2, strand 1 zones 1 and 3.
+    loadOk({write("st.dat", timedZones({1, 1, 2, 2}) + "ZONE T=\"static\" I=1\n0 0\n")});
+    ASSERT_EQ(strandsOf(dataSet()), (std::vector<int32_t>{0, 1, 0, 1, -1}));
+    auto members = [&](int32_t strand) {
+        std::vector<SetIndex_t> zones;
+        StrandInfo_s *info = GetStrandInfo(dataSet(), strand);
+        for (SetIndex_t z = info != nullptr ? GetNextMember(info->ZoneMembers, -1) : -1; z >= 0;
+             z = GetNextMember(info->ZoneMembers, z))
+            zones.push_back(z);
+        return zones;
+    };
+    OwnedSet first = setOf({0});
+    ASSERT_TRUE(DeleteZones(dataSet(), first.get()));
+    EXPECT_EQ(members(0), (std::vector<SetIndex_t>{1}));
+    EXPECT_EQ(members(1), (std::vector<SetIndex_t>{0, 2}));
+    OwnedSet strandZero = setOf({1});
+    ASSERT_TRUE(DeleteZones(dataSet(), strandZero.get()));
+    EXPECT_EQ(GetStrandInfo(dataSet(), 0), nullptr);
+    EXPECT_EQ(GetNumValidStrandsInDataSet(dataSet()), 1);
+    double min = -1, max = -1;
+    EXPECT_FALSE(GetStrandSolutionTimeMinMax(dataSet(), 0, &min, &max));
+    GetDataSetStrandSolutionTimeMinMax(dataSet(), &min, &max);
+    EXPECT_EQ(min, 1.0);
+    EXPECT_EQ(max, 2.0);
+    OwnedSet rest = setOf({0, 1});
+    ASSERT_TRUE(DeleteZones(dataSet(), rest.get()));
+    EXPECT_EQ(GetNumValidStrandsInDataSet(dataSet()), 0);
+    GetDataSetStrandSolutionTimeMinMax(dataSet(), &min, &max);
+    EXPECT_EQ(min, 0.0);
+    EXPECT_EQ(max, 0.0);
+    EXPECT_FALSE(AnyActiveStrands(CurFrame));
+    // With no strand left a load may keep the style.
+    args.ResetStyle = false;
+    loadOk({write("stat.dat", "VARIABLES = X Y\nZONE I=1\n5 5\n")});
+    EXPECT_EQ(dataSet()->NumZones, 1);
+}
+
+TEST_F(ReadDataSetTest, FieldMapOfAStrand) {
+    loadOk({write("maps.dat", timedZones({1, 1, 2, 2}) + "ZONE T=\"static\" I=1\n0 0\n")});
+    ASSERT_TRUE(SetNewPlotType(PlotType_Cartesian2D, true, false));
+    for (int32_t strand : {0, 1}) {
+        int map = GetFieldMapForStrandID(CurFrame, strand);
+        ASSERT_GE(map, 0) << strand;
+        EXPECT_EQ(CurFrame->FieldAttributes[size_t(map)]->StrandID, strand);
+        EXPECT_FALSE(CurFrame->FieldAttributes[size_t(map)]->MapsZones);
+        EXPECT_EQ(GetFieldMapForZone(CurFrame, EntIndex_t(strand)), map);      // first time step
+        EXPECT_EQ(GetFieldMapForZone(CurFrame, EntIndex_t(strand + 2)), map);  // second
+    }
+    EXPECT_NE(GetFieldMapForStrandID(CurFrame, 0), GetFieldMapForStrandID(CurFrame, 1));
+    EXPECT_EQ(GetFieldMapForStrandID(CurFrame, 2), -1);
+    EXPECT_EQ(GetFieldMapForStrandID(CurFrame, -1), -1);  // the static zone's map is no strand's
+}
+
+StateChange_e heardChange = StateChange_e(-1);
+ArbParam_t heardRows[2] = {-1, -1};
+EntIndex_t heardZone = -1;
+void hearStyleChange(StateChange_e change) {
+    heardChange = change;
+    if (!StateChangeSupplementalInfoGetStyleParam(0, &heardRows[0])) heardRows[0] = -1;
+    if (!StateChangeSupplementalInfoGetStyleParam(1, &heardRows[1])) heardRows[1] = -1;
+    if (!StateChangeSupplementalInfoGetZone(&heardZone)) heardZone = -1;
+}
+
+TEST_F(ReadDataSetTest, ChangingAZonesTimeReportsTheSolutionTimeStyle) {
+    loadOk({write("steps.dat", timedZones({1, 2, 3}))});
+    ASSERT_TRUE(RegisterStateChangeCallback(hearStyleChange));
+    heardChange = StateChange_e(-1);
+    EXPECT_TRUE(SetZoneSolutionTime(CurFrame, 1, 2.5));
+    UnregisterStateChangeCallback(hearStyleChange);
+    EXPECT_EQ(heardChange, StateChange_Style);
+    EXPECT_EQ(heardRows[0], ArbParam_t(MacroSetValue_GLOBALTIME));
+    EXPECT_EQ(heardRows[1], ArbParam_t(MacroSetValue_SOLUTIONTIME));
+    EXPECT_EQ(heardZone, 1);
 }
 
 }  // namespace
