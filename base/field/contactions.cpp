@@ -16,25 +16,6 @@
 
 namespace {
 
-// The raw data section of the command with its macro variables replaced; null (after the
-// message) when there is none.
-struct CookedRawData_s {
-    char *Text = nullptr;
-    const char *Raw = nullptr;
-    ~CookedRawData_s() { DeallocRawMacroData(&Text, Raw); }
-};
-
-bool cookRawData(const ActionCommand_s &cmd, CookedRawData_s *cooked) {
-    if (cmd.RawData == nullptr) {
-        char text[128];
-        snprintf(text, sizeof(text), "Missing RAWDATA sub-option(s) in $!%s Command.", ActionCommandList[cmd.Action]);
-        return cmd.fail(text);
-    }
-    cooked->Raw = cmd.RawData;
-    return GetCookedRawMacroData(cmd.RawData, cmd.Line, cmd.Command, LookUpMacroVariableValue,
-                                 const_cast<std::vector<std::string> *>(&cmd.Parameters), &cooked->Text);
-}
-
 // CONTOURLEVELS: NEW and ADD take RAWDATA; DELETERANGE takes RANGEMIN and RANGEMAX, DELETENEAREST
 // RANGEMIN; RESET takes NUMVALUES and RESETTONICE APPROXNUMVALUES (0, the default, keeps the
 // count). CONTOURGROUP is 1 unless given.
@@ -46,7 +27,7 @@ bool handleContourLevels(const ActionCommand_s &cmd) {
     int numLevels = 0;
     if (action == ContourLevelAction_Add || action == ContourLevelAction_New) {
         CookedRawData_s raw;
-        if (!cookRawData(cmd, &raw) || !LoadContourLevelRawMacroData(raw.Text, cmd.Line, cmd.Command, &levels))
+        if (!CookActionRawData(cmd, &raw) || !LoadContourLevelRawMacroData(raw.Text, cmd.Line, cmd.Command, &levels))
             return false;
         numLevels = int(levels.size());
     } else if (action == ContourLevelAction_Reset) {
@@ -83,7 +64,7 @@ bool handleRawColorMap(const ActionCommand_s &cmd) {
         return cmd.fail("Invalid group number specified in $!RAWCOLORMAP command.");
     CookedRawData_s raw;
     std::vector<RawColorMapEntry_s> entries;
-    if (!cookRawData(cmd, &raw) || !LoadColorMapRawMacroData(raw.Text, cmd.Line, cmd.Command, &entries)) return false;
+    if (!CookActionRawData(cmd, &raw) || !LoadColorMapRawMacroData(raw.Text, cmd.Line, cmd.Command, &entries)) return false;
     std::vector<RGB_s> rgb;
     for (const RawColorMapEntry_s &entry : entries)
         rgb.push_back(RGB_s{int16_t(entry.R), int16_t(entry.G), int16_t(entry.B)});

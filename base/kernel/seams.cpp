@@ -14,7 +14,6 @@ void InitLineMapInfo() {}
 void PushPaperView() {}
 void SaveInitialWorkspaceSettings() {}
 bool ReadInInternalFont() { return true; }
-void SetInputCheckBounds() {}
 
 void RegisterSidebarStateChangeMonitor() {}
 void ConfigureInterfaceLayout() {}
@@ -43,7 +42,6 @@ bool Action_LoadAddOn(const std::string &addOnName) {
 void FinishExportRecording() {}
 void EndUnstableMouseMode() {}
 void NewLayout() {}
-void BroadcastQuit(int) {}
 void FreeExtraMapData() {}
 void ReleaseDisplayLists() {}
 void DeleteOrvanexInternalsPending() {}

@@ -22,7 +22,6 @@ void InitLineMapInfo();
 void PushPaperView();
 void SaveInitialWorkspaceSettings();
 bool ReadInInternalFont();
-void SetInputCheckBounds();
 
 // start-up, phase 4
 void RegisterSidebarStateChangeMonitor();
@@ -43,7 +42,6 @@ bool Action_LoadAddOn(const std::string &addOnName);
 void FinishExportRecording();
 void EndUnstableMouseMode();
 void NewLayout();
-void BroadcastQuit(int exitCode);
 void FreeExtraMapData();
 void ReleaseDisplayLists();
 void DeleteOrvanexInternalsPending();

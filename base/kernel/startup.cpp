@@ -38,6 +38,7 @@
 #include "base/kernel/threadpool.h"
 #include "base/kernel/version.h"
 #include "base/macro/macro1.h"
+#include "base/macro/setvalue.h"
 #include "base/plot/frame.h"
 #include "base/field/contlevel.h"
 #include "base/field/plot.h"
@@ -132,8 +133,8 @@ void ReadInConfigFile() {
         ErrMsg("Configuration file is out of date.  Using factory defaults.");
     else if (version > MacroVersionCurrent)
         ErrMsg("Configuration file is for a newer version of Orvanex.  Using factory defaults.");
-    else
-        RunConfigurationFile(path.c_str());
+    else if (!RunConfigurationFile(path.c_str()))
+        Warning("Errors detected while processing configuration file.  Some or all configuration options may not be in effect.");
 }
 
 bool InitOrvanex(int argc, char **argv) {
@@ -253,7 +254,9 @@ void InitiateShutdown(bool isOk) {
         NewLayout();
         UndoStateInvalidateUndo();
         if (isOk) SetOrvanexExitCode(0);
-        BroadcastQuit(GetOrvanexExitCode());
+        // Listeners hear of the end with the exit code.
+        StateChangeSupplementalInfoSetIndex(GetOrvanexExitCode());
+        StateChanged(StateChange_Quit);
         StopMacroRecording();
     }
     OrvanexIsQuitting = true;

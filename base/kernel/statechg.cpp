@@ -15,6 +15,7 @@
 #include "base/kernel/orvassert.h"
 #include "base/kernel/set.h"
 #include "base/macro/vocabtables.h"
+#include "base/plot/draw0.h"
 #include "base/plot/frame.h"
 
 namespace {
@@ -129,8 +130,10 @@ DataSet_s *currentDataSet() { return CurFrame != nullptr ? CurFrame->DataSet : n
 void invalidateCOBsOnVarChange(DataSet_s * /*dataSet*/, EntIndex_t /*var*/) {}
 // Node maps carry no valid flag until element maps are cached with them.
 void markNodeMapInvalid(DataSet_s * /*dataSet*/, EntIndex_t /*zone*/) {}
-// Text and geometries after the data are redrawn; joins with the screen-update marks.
-void markFramePostDataForScreenUpdate() {}
+// Text and geometries after the data are redrawn.
+void markFramePostDataForScreenUpdate() {
+    if (CurFrame != nullptr) MarkFramePostDataForScreenUpdate(CurFrame);
+}
 // The list of auxiliary data names that must be unique is rebuilt on next use; joins with the
 // auxiliary data dialogs.
 void markAuxDataUniqueNameListForReset() {}

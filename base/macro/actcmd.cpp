@@ -19,7 +19,10 @@
 #include "base/kernel/strutil.h"
 #include "base/macro/dataactions.h"
 #include "base/macro/plotactions.h"
+#include "base/kernel/undo.h"
 #include "base/macro/macro1.h"
+#include "base/macro/macrorec.h"
+#include "base/macro/macrovar.h"
 #include "base/macro/setvalue.h"
 #include "base/macro/vocab.h"
 #include "base/plot/frame.h"
@@ -350,7 +353,6 @@ bool handleReadDataSet(const ActionCommand_s &cmd) {
             *target = LgIndex_t(arg);
         }
     }
-    cmd.logAction();
     bool ok = Action_ReadDataSet(args);
     StringListDealloc(&names);
     return ok;
@@ -406,7 +408,8 @@ bool handleInternal(const ActionCommand_s &cmd) {
             if (word.empty()) continue;
             // A number: a group, map, zone or detail number in the path.
             if (word.find_first_not_of("0123456789") == std::string::npos) {
-                path[depth++] = std::stoi(word);
+                if (word.size() > 9) return cmd.fail("No value at " + text.substr(9) + ".");
+                path[depth++] = atoi(word.c_str());
                 continue;
             }
             MacroToken_e token;
@@ -490,6 +493,7 @@ bool handleCreateNewFrame(const ActionCommand_s &cmd) {
     double width = cmd.number(MacroSetValue_WIDTH, base.X2 - base.X1);
     double height = cmd.number(MacroSetValue_HEIGHT, base.Y1 - base.Y2);
     Rect_s rect{x, y + height, x + width, y};
+    if (!IsValidFrameRect(rect)) return cmd.fail("Invalid frame position and/or dimensions");
     cmd.logAction();
     return CreateNewFrame(&rect);
 }
@@ -505,6 +509,18 @@ bool handleFrameControl(const ActionCommand_s &cmd) {
 bool handleSetStyleBase(const ActionCommand_s &cmd) {
     cmd.logAction();
     return Action_SetStyleBase(StyleBase_e(cmd.Mandatory));
+}
+
+// Dialogs: there is no window to show them in; in batch mode a launch does nothing and
+// succeeds, as it must for macros recorded interactively.
+bool handleDialog(const ActionCommand_s &cmd) {
+    cmd.logAction();
+    return true;
+}
+
+// Commands that ask the user: nobody can answer in batch mode or with graphics suspended.
+bool handlePrompt(const ActionCommand_s &cmd) {
+    return cmd.fail("User prompting not allowed while Orvanex is in batch mode or when graphics are suspended.");
 }
 
 struct ActionHandler_s {
@@ -523,6 +539,12 @@ const ActionHandler_s ActionHandlers[] = {
     {MacroAction_SETSTYLEBASE, handleSetStyleBase},
     {MacroAction_CREATENEWFRAME, handleCreateNewFrame},
     {MacroAction_FRAMECONTROL, handleFrameControl},
+    {MacroAction_LAUNCHDIALOG, handleDialog},
+    {MacroAction_DROPDIALOG, handleDialog},
+    {MacroAction_GETUSERINPUT, handlePrompt},
+    {MacroAction_PROMPTFORYESNO, handlePrompt},
+    {MacroAction_PROMPTFORFILENAME, handlePrompt},
+    {MacroAction_PROMPTFORTEXTSTRING, handlePrompt},
 };
 
 ActionHandler_pf handlerOf(int action) {
@@ -579,6 +601,17 @@ bool ActionCommand_s::fail(const std::string &message) const {
     return false;
 }
 
+bool CookActionRawData(const ActionCommand_s &cmd, CookedRawData_s *cooked) {
+    if (cmd.RawData == nullptr) {
+        char text[128];
+        snprintf(text, sizeof(text), "Missing RAWDATA sub-option(s) in $!%s Command.", ActionCommandList[cmd.Action]);
+        return cmd.fail(text);
+    }
+    cooked->Raw = cmd.RawData;
+    return GetCookedRawMacroData(cmd.RawData, cmd.Line, cmd.Command, LookUpMacroVariableValue,
+                                 const_cast<std::vector<std::string> *>(&cmd.Parameters), &cooked->Text);
+}
+
 bool ParseActionCommand(int action, const char *text, int line, const char *command, ActionCommand_s *parsed) {
     parsed->Action = action;
     parsed->Line = line;
@@ -594,7 +627,10 @@ bool ProcessActionCommand(int action, const char *text, int line, const char *co
     parsed.RawData = rawData;
     parsed.Parameters = parameters;
     if (!ParseActionCommand(action, text, line, command, &parsed)) return false;
-    return handlerOf(action)(parsed);
+    if (!handlerOf(action)(parsed)) return false;
+    // The command as run is what a recording keeps.
+    if (IsRecording() && !IsPerformingUndo()) RecordCompressedCommand(command, rawData);
+    return true;
 }
 
 bool ExtractFileNamesFromLoadCommand(const char *command, std::vector<std::string> *names) {

@@ -57,6 +57,19 @@ struct ActionCommand_s {
     void logAction() const;
 };
 
+// The raw data section of a command with its macro variables replaced (the parameters of the
+// running function call included).
+struct CookedRawData_s {
+    char *Text = nullptr;
+    const char *Raw = nullptr;
+    CookedRawData_s() = default;
+    CookedRawData_s(const CookedRawData_s &) = delete;
+    CookedRawData_s &operator=(const CookedRawData_s &) = delete;
+    ~CookedRawData_s() { DeallocRawMacroData(&Text, Raw); }
+};
+// False, after "Missing RAWDATA sub-option(s) in $!X Command.", when the command has none.
+bool CookActionRawData(const ActionCommand_s &cmd, CookedRawData_s *cooked);
+
 // Reads the options of an action behind its name (text points there), checks them and runs the
 // action's handler.
 bool ProcessActionCommand(int action, const char *text, int line, const char *command, const char *rawData,

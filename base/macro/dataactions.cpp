@@ -1,12 +1,16 @@
 #include "base/macro/dataactions.h"
 
 #include <cstdio>
+#include <functional>
 #include <string>
+#include <vector>
 
+#include "base/data/dataset.h"
 #include "base/data/datautil.h"
 #include "base/data/share.h"
 #include "base/kernel/auxdata.h"
 #include "base/kernel/statechg.h"
+#include "base/kernel/undo.h"
 #include "base/macro/actcmd.h"
 #include "base/macro/macrovar.h"
 #include "base/macro/vocab.h"
@@ -43,40 +47,80 @@ FieldDataType_e dataType(const ActionCommand_s &cmd) {
     return type == 255 ? FieldDataType_Float : FieldDataType_e(type);
 }
 
+// The data part of an action, in the steps every data action takes: an undo block of its kind
+// around the work, data-set marking suspended while it runs (the action itself is what the
+// journal records), then on success the command joins the journal of the current frame's data
+// set if that journal can still rebuild the data set. A command whose values travel in its raw
+// data cannot be replayed from the journal's text: it marks the data set changed instead.
+bool alterData(const ActionCommand_s &cmd, UndoBlockKind_e kind, const std::function<bool()> &work) {
+    BeginUndoCommandBlock(kind);
+    SuspendDataSetMarking();
+    bool ok = work();
+    UnsuspendDataSetMarking();
+    EndUndoCommandBlock(ok);
+    DataSet_s *dataSet = CurFrame != nullptr ? CurFrame->DataSet : nullptr;
+    if (ok && dataSet != nullptr) {
+        if (cmd.RawData != nullptr) MarkDataSetAsChanged(dataSet);
+        else if (dataSet->Journal.IsValid && cmd.Command != nullptr) JournalRegisterMacroCommand(dataSet, cmd.Command);
+    }
+    return ok;
+}
+
+// The zone creators make a data set when the frame has none.
 bool createRectangularZone(const ActionCommand_s &cmd) {
-    if (needData("create a zone") == nullptr) return false;
     cmd.logAction();
-    return CreateRectangularZone(cmd.integer(MacroSetValue_IMAX, 1), cmd.integer(MacroSetValue_JMAX, 1),
+    return alterData(cmd, UndoBlock_DataStructure, [&cmd] { return CreateRectangularZone(cmd.integer(MacroSetValue_IMAX, 1), cmd.integer(MacroSetValue_JMAX, 1),
                                  cmd.integer(MacroSetValue_KMAX, 1), cmd.number(MacroSetValue_X1, 0),
                                  cmd.number(MacroSetValue_Y1, 0), cmd.number(MacroSetValue_Z1, 0),
                                  cmd.number(MacroSetValue_X2, 1), cmd.number(MacroSetValue_Y2, 1),
                                  cmd.number(MacroSetValue_Z2, 1), entity(cmd, MacroSetValue_XVAR, 0),
-                                 entity(cmd, MacroSetValue_YVAR, 1), entity(cmd, MacroSetValue_ZVAR, 2), dataType(cmd));
+                                 entity(cmd, MacroSetValue_YVAR, 1), entity(cmd, MacroSetValue_ZVAR, 2), dataType(cmd)); });
 }
 
 bool createCircularZone(const ActionCommand_s &cmd) {
-    if (needData("create a zone") == nullptr) return false;
     cmd.logAction();
-    return CreateCircularZone(cmd.integer(MacroSetValue_IMAX, 1), cmd.integer(MacroSetValue_JMAX, 1),
+    return alterData(cmd, UndoBlock_DataStructure, [&cmd] { return CreateCircularZone(cmd.integer(MacroSetValue_IMAX, 1), cmd.integer(MacroSetValue_JMAX, 1),
                               cmd.integer(MacroSetValue_KMAX, 1), cmd.number(MacroSetValue_X, 0),
                               cmd.number(MacroSetValue_Y, 0), cmd.number(MacroSetValue_Z1, 0),
                               cmd.number(MacroSetValue_Z2, 1), cmd.number(MacroSetValue_RADIUS, 1),
                               entity(cmd, MacroSetValue_XVAR, 0), entity(cmd, MacroSetValue_YVAR, 1),
-                              entity(cmd, MacroSetValue_ZVAR, 2), dataType(cmd));
+                              entity(cmd, MacroSetValue_ZVAR, 2), dataType(cmd)); });
+}
+
+// CREATESIMPLEZONE: raw data of the number of points and the values per point, then the values,
+// point after point; CREATESIMPLEXYZONE: the number of points, then X Y pairs.
+bool createSimpleZone(const ActionCommand_s &cmd) {
+    CookedRawData_s raw;
+    RawPolyline_s values;
+    if (!CookActionRawData(cmd, &raw) || !LoadPolylineRawMacroData(raw.Text, cmd.Line, cmd.Command, &values)) return false;
+    cmd.logAction();
+    return alterData(cmd, UndoBlock_DataStructure, [&] {
+        return CreateSimpleZone(values.NumPoints, EntIndex_t(values.NumValuesPerPoint), values.Values.data(), dataType(cmd), true);
+    });
+}
+
+bool createSimpleXYZone(const ActionCommand_s &cmd) {
+    CookedRawData_s raw;
+    std::vector<XY_s> points;
+    if (!CookActionRawData(cmd, &raw) || !LoadXYPolylineRawMacroData(raw.Text, cmd.Line, cmd.Command, &points)) return false;
+    cmd.logAction();
+    return alterData(cmd, UndoBlock_DataStructure, [&] {
+        return CreateSimpleXYZone(LgIndex_t(points.size()), points.data(), dataType(cmd), true);
+    });
 }
 
 bool deleteZones(const ActionCommand_s &cmd) {
     DataSet_s *dataSet = needData("delete zone");
     if (dataSet == nullptr) return false;
     cmd.logAction();
-    return DeleteZones(dataSet, cmd.Set);
+    return alterData(cmd, UndoBlock_DataStructure, [&] { return DeleteZones(dataSet, cmd.Set); });
 }
 
 bool deleteVars(const ActionCommand_s &cmd) {
     DataSet_s *dataSet = needData("delete variable");
     if (dataSet == nullptr) return false;
     cmd.logAction();
-    return DeleteVars(dataSet, cmd.Set);
+    return alterData(cmd, UndoBlock_DataStructure, [&] { return DeleteVars(dataSet, cmd.Set); });
 }
 
 IndexRange_s rangeOf(const ActionCommand_s &cmd, int parent) {
@@ -88,8 +132,10 @@ bool duplicateZone(const ActionCommand_s &cmd) {
     DataSet_s *dataSet = needData("duplicate a zone");
     if (dataSet == nullptr || !checkZone(cmd, dataSet, entity(cmd, MacroSetValue_SOURCEZONE))) return false;
     cmd.logAction();
-    return DuplicateZone(entity(cmd, MacroSetValue_SOURCEZONE), rangeOf(cmd, MacroSetValue_IRANGE),
-                         rangeOf(cmd, MacroSetValue_JRANGE), rangeOf(cmd, MacroSetValue_KRANGE));
+    return alterData(cmd, UndoBlock_DataStructure, [&] {
+        return DuplicateZone(entity(cmd, MacroSetValue_SOURCEZONE), rangeOf(cmd, MacroSetValue_IRANGE),
+                             rangeOf(cmd, MacroSetValue_JRANGE), rangeOf(cmd, MacroSetValue_KRANGE));
+    });
 }
 
 bool createMirrorZones(const ActionCommand_s &cmd) {
@@ -100,7 +146,7 @@ bool createMirrorZones(const ActionCommand_s &cmd) {
     if (word.size() != 1 || (toupper(word[0]) != 'X' && toupper(word[0]) != 'Y' && toupper(word[0]) != 'Z'))
         return cmd.fail("Invalid mirror axis");
     cmd.logAction();
-    return CreateMirrorZones(zones->Set, char(toupper(word[0])));
+    return alterData(cmd, UndoBlock_DataStructure, [&] { return CreateMirrorZones(zones->Set, char(toupper(word[0]))); });
 }
 
 bool setFieldValue(const ActionCommand_s &cmd) {
@@ -109,9 +155,11 @@ bool setFieldValue(const ActionCommand_s &cmd) {
     if (dataSet == nullptr || !checkZone(cmd, dataSet, zone) || !checkVar(cmd, dataSet, var)) return false;
     cmd.logAction();
     bool changed = false;
-    return SetFieldValueInCurrentDataSet(zone, var, cmd.integer(MacroSetValue_INDEX, 1) - 1,
-                                         cmd.number(MacroSetValue_FIELDVALUE, 0), cmd.flag(MacroSetValue_AUTOBRANCH, false),
-                                         &changed);
+    return alterData(cmd, UndoBlock_DataAlteration, [&] {
+        return SetFieldValueInCurrentDataSet(zone, var, cmd.integer(MacroSetValue_INDEX, 1) - 1,
+                                             cmd.number(MacroSetValue_FIELDVALUE, 0),
+                                             cmd.flag(MacroSetValue_AUTOBRANCH, false), &changed);
+    });
 }
 
 bool getFieldValue(const ActionCommand_s &cmd) {
@@ -137,7 +185,7 @@ bool branchFieldDataVar(const ActionCommand_s &cmd) {
     EntIndex_t zone = entity(cmd, MacroSetValue_ZONE), var = entity(cmd, MacroSetValue_VAR);
     if (dataSet == nullptr || !checkZone(cmd, dataSet, zone) || !checkVar(cmd, dataSet, var)) return false;
     cmd.logAction();
-    return BranchVariable(dataSet, zone, var);
+    return alterData(cmd, UndoBlock_DataStructure, [&] { return BranchVariable(dataSet, zone, var); });
 }
 
 bool shareFieldDataVar(const ActionCommand_s &cmd) {
@@ -152,8 +200,10 @@ bool shareFieldDataVar(const ActionCommand_s &cmd) {
         !OkToShareNativeVarBetweenZones(dataSet, source, GetZoneSpec(dataSet, target), sourceData->Location, var))
         return cmd.fail("The zones are not compatible for sharing.");
     cmd.logAction();
-    ShareVariable(dataSet, source, target, var);
-    return true;
+    return alterData(cmd, UndoBlock_DataStructure, [&] {
+        ShareVariable(dataSet, source, target, var);
+        return true;
+    });
 }
 
 bool getNodeIndex(const ActionCommand_s &cmd) {
@@ -180,7 +230,7 @@ bool branchConnectivity(const ActionCommand_s &cmd) {
     EntIndex_t zone = entity(cmd, MacroSetValue_ZONE);
     if (dataSet == nullptr || !checkZone(cmd, dataSet, zone)) return false;
     cmd.logAction();
-    return BranchConnectivity(dataSet, zone);
+    return alterData(cmd, UndoBlock_DataStructure, [&] { return BranchConnectivity(dataSet, zone); });
 }
 
 bool shareConnectivity(const ActionCommand_s &cmd) {
@@ -190,8 +240,10 @@ bool shareConnectivity(const ActionCommand_s &cmd) {
     if (!OkToShareConnectivityBetweenZones(dataSet, source, GetZoneSpec(dataSet, target)))
         return cmd.fail("The zones are not compatible for sharing connectivity.");
     cmd.logAction();
-    ShareConnectivity(dataSet, source, target);
-    return true;
+    return alterData(cmd, UndoBlock_DataStructure, [&] {
+        ShareConnectivity(dataSet, source, target);
+        return true;
+    });
 }
 
 bool getZoneType(const ActionCommand_s &cmd) {
@@ -216,7 +268,9 @@ bool renameVar(const ActionCommand_s &cmd) {
     EntIndex_t var = entity(cmd, MacroSetValue_VAR);
     if (dataSet == nullptr || !checkVar(cmd, dataSet, var)) return false;
     cmd.logAction();
-    if (!SetVarName(dataSet, var, cmd.find(MacroSetValue_NAME)->Text.c_str())) return false;
+    if (!alterData(cmd, UndoBlock_DataStructure,
+                   [&] { return SetVarName(dataSet, var, cmd.find(MacroSetValue_NAME)->Text.c_str()); }))
+        return false;
     StateChanged(StateChange_VarName, nullptr);
     return true;
 }
@@ -226,7 +280,9 @@ bool renameZone(const ActionCommand_s &cmd) {
     EntIndex_t zone = entity(cmd, MacroSetValue_ZONE);
     if (dataSet == nullptr || !checkZone(cmd, dataSet, zone)) return false;
     cmd.logAction();
-    if (!SetZoneName(dataSet, zone, cmd.find(MacroSetValue_NAME)->Text.c_str())) return false;
+    if (!alterData(cmd, UndoBlock_DataStructure,
+                   [&] { return SetZoneName(dataSet, zone, cmd.find(MacroSetValue_NAME)->Text.c_str()); }))
+        return false;
     StateChanged(StateChange_ZoneName, nullptr);
     return true;
 }
@@ -236,7 +292,7 @@ bool setTitle(const ActionCommand_s &cmd) {
     if (dataSet == nullptr) return false;
     cmd.logAction();
     std::string title = cmd.String.substr(0, 256);
-    return SetDatasetTitle(dataSet, title.c_str());
+    return alterData(cmd, UndoBlock_DataStructure, [&] { return SetDatasetTitle(dataSet, title.c_str()); });
 }
 
 bool getCurFrameName(const ActionCommand_s &cmd) { return assign(cmd, CurFrame != nullptr ? CurFrame->Name : ""); }
@@ -315,6 +371,8 @@ struct DataAction_s {
 const DataAction_s DataActions[] = {
     {MacroAction_CREATERECTANGULARZONE, createRectangularZone},
     {MacroAction_CREATECIRCULARZONE, createCircularZone},
+    {MacroAction_CREATESIMPLEZONE, createSimpleZone},
+    {MacroAction_CREATESIMPLEXYZONE, createSimpleXYZone},
     {MacroAction_DELETEZONES, deleteZones},
     {MacroAction_DELETEVARS, deleteVars},
     {MacroAction_DUPLICATEZONE, duplicateZone},

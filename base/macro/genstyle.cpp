@@ -748,3 +748,6 @@ SetValueReturnCode_e GeneralState_s_SetValue(const int path[7], ArbParam_t argVa
 SetValueReturnCode_e GeneralState_s_GetValue(const int path[7], double *doubleOut, ArbParam_t *argOut) {
     return GetStyleRecordValue(GeneralStyle, &GeneralBase, path, 0, doubleOut, argOut);
 }
+
+const StyleRecord_s &GetTextStyleRecord() { return DefaultTextRecord; }
+const StyleRecord_s &GetGeomStyleRecord() { return DefaultGeomRecord; }

@@ -14,3 +14,8 @@ extern const StyleRecord_s GeneralStyle;
 SetValueReturnCode_e GeneralState_s_SetValue(const int path[7], ArbParam_t argValue, double doubleValue,
                                              AssignOp_e assignOp);
 SetValueReturnCode_e GeneralState_s_GetValue(const int path[7], double *doubleOut, ArbParam_t *argOut);
+
+// The records of a text style and a geometry style ($!DEFAULTTEXT, $!DEFAULTGEOM); frames keep
+// records of the same kind as their BASETEXT and BASEGEOM.
+const StyleRecord_s &GetTextStyleRecord();
+const StyleRecord_s &GetGeomStyleRecord();

@@ -347,6 +347,44 @@ IntrinsicResult_e roleRange(const IntrinsicContext_s &c, bool wantMax) {
     return c.number(wantMax ? max : min);
 }
 
+// MINC, MAXU, MINS, ...: the range, over the frame, of the variable a layer of the style uses
+// (C the contour variable of group 1, U V W the vector components of the frame's kind of
+// vectors, S the scatter sizing variable, B the first variable of the first value blanking
+// constraint).
+IntrinsicResult_e styleVarRange(const IntrinsicContext_s &c, bool wantMax) {
+    if (!c.plain()) return c.noSubscript();
+    if (c.dataSet() == nullptr) return c.needsDataSet();
+    const FrameStyle_s &style = CurFrame->Style;
+    const GlobalVector_s &vector = CurFrame->PlotType == PlotType_Cartesian3D ? style.GlobalThreeDVector : style.GlobalTwoDVector;
+    int var = -1;
+    switch (c.Ref.Name.back()) {
+        case 'C': var = style.GlobalContour[0].Var; break;
+        case 'U': var = vector.UVar; break;
+        case 'V': var = vector.VVar; break;
+        case 'W': var = vector.WVar; break;
+        case 'S': var = style.GlobalScatter.Var; break;
+        case 'B': var = style.Blanking.Value.Constraint[0].VarA; break;
+        default: break;
+    }
+    if (var < 0 || var >= c.dataSet()->NumVars) return c.fail(Intrinsic_Syntax, "Internal variable not defined.");
+    double min, max;
+    GetNativeVarMinMax(CurFrame, EntIndex_t(var), &min, &max);
+    return c.number(wantMax ? max : min);
+}
+
+// ZONEMESHCOLOR[n]: the colour of the mesh of zone n, as its macro word.
+IntrinsicResult_e zoneMeshColor(const IntrinsicContext_s &c) {
+    if (c.dataSet() == nullptr) return c.needsDataSet();
+    EntIndex_t zone;
+    if (c.Ref.Subscripts.size() != 1 || !c.Ref.SubIdentifier.empty() || !zoneOf(c, c.Ref.Subscripts[0], &zone))
+        return c.syntax("Invalid zone number for %s.");
+    int map = GetFieldMapForZone(CurFrame, zone);
+    if (map < 0 || !IsValidFieldMap(CurFrame, map)) return c.syntax("Invalid zone number for %s.");
+    std::string name;
+    GetEnumText(CurFrame->FieldAttributes[size_t(map)]->Style.Mesh.Color, MacroSetValue_COLOR, false, &name);
+    return c.found(name);
+}
+
 // The zone of the first shown map: a field map's first zone, a line map's zone.
 EntIndex_t firstActiveMapZone(DataSet_s *dataSet) {
     Frame_s *frame = CurFrame;
@@ -420,6 +458,7 @@ struct Intrinsic_s {
     }
 #define AXIS_RANGE(wantMax) [](const IntrinsicContext_s &c) { return axisRange(c, wantMax); }
 #define ROLE_RANGE(wantMax) [](const IntrinsicContext_s &c) { return roleRange(c, wantMax); }
+#define STYLE_RANGE(wantMax) [](const IntrinsicContext_s &c) { return styleVarRange(c, wantMax); }
 // Values of parts of the system that this build does not have yet.
 #define LATER [](const IntrinsicContext_s &c) -> IntrinsicResult_e { return c.fail(Intrinsic_NotAvailable, c.Ref.Name + " is not available."); }
 
@@ -449,9 +488,10 @@ const Intrinsic_s Intrinsics[] = {
     {"MAXVAR", [](const IntrinsicContext_s &c) { return minMaxVar(c, true); }},
     {"MINX", ROLE_RANGE(false)}, {"MINY", ROLE_RANGE(false)}, {"MINZ", ROLE_RANGE(false)}, {"MAXX", ROLE_RANGE(true)},
     {"MAXY", ROLE_RANGE(true)}, {"MAXZ", ROLE_RANGE(true)}, {"MINA", ROLE_RANGE(false)}, {"MINR", ROLE_RANGE(false)},
-    {"MAXA", ROLE_RANGE(true)}, {"MAXR", ROLE_RANGE(true)}, {"MINU", LATER}, {"MINV", LATER},
-    {"MINW", LATER}, {"MAXU", LATER}, {"MAXV", LATER}, {"MAXW", LATER}, {"MINB", LATER}, {"MAXB", LATER},
-    {"MINC", LATER}, {"MAXC", LATER}, {"MINS", LATER}, {"MAXS", LATER},
+    {"MAXA", ROLE_RANGE(true)}, {"MAXR", ROLE_RANGE(true)}, {"MINU", STYLE_RANGE(false)}, {"MINV", STYLE_RANGE(false)},
+    {"MINW", STYLE_RANGE(false)}, {"MAXU", STYLE_RANGE(true)}, {"MAXV", STYLE_RANGE(true)}, {"MAXW", STYLE_RANGE(true)},
+    {"MINB", STYLE_RANGE(false)}, {"MAXB", STYLE_RANGE(true)}, {"MINC", STYLE_RANGE(false)}, {"MAXC", STYLE_RANGE(true)},
+    {"MINS", STYLE_RANGE(false)}, {"MAXS", STYLE_RANGE(true)},
     {"MAXI", [](const IntrinsicContext_s &c) { return maxIndex(c, 0); }},
     {"MAXJ", [](const IntrinsicContext_s &c) { return maxIndex(c, 1); }},
     {"MAXK", [](const IntrinsicContext_s &c) { return maxIndex(c, 2); }},
@@ -479,7 +519,7 @@ const Intrinsic_s Intrinsics[] = {
      }},
     {"PRINTFNAME", PLAIN(return c.found(GeneralBase.PrintFName))},
     {"LAYOUTFNAME", PLAIN(return c.found(LayoutFName))},
-    {"ZONEMESHCOLOR", LATER},
+    {"ZONEMESHCOLOR", zoneMeshColor},
     {"STREAMSTARTPOS", LATER}, {"STREAMTYPE", LATER}, {"ISOSURFACELEVEL", LATER},
     {"DATASETFNAME", [](const IntrinsicContext_s &c) -> IntrinsicResult_e {
          if (c.dataSet() == nullptr) return c.needsDataSet();

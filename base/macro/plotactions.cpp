@@ -33,10 +33,25 @@ bool handleDeleteLineMaps(const ActionCommand_s &cmd) {
 
 bool handleDuplicateLineMap(const ActionCommand_s &cmd) {
     if (cmd.find(MacroSetValue_SOURCEMAP) == nullptr || cmd.find(MacroSetValue_DESTINATIONMAP) == nullptr)
-        return cmd.fail("DUPLICATELINEMAP needs SOURCEMAP and DESTINATIONMAP.");
+        return cmd.fail(std::string(ActionCommandList[cmd.Action]) + " needs SOURCEMAP and DESTINATIONMAP.");
     cmd.logAction();
     return Action_DuplicateLineMap(int(cmd.integer(MacroSetValue_SOURCEMAP, 0)) - 1,
                                    int(cmd.integer(MacroSetValue_DESTINATIONMAP, 0)) - 1);
+}
+
+bool handleShiftLineMapsToTop(const ActionCommand_s &cmd) {
+    cmd.logAction();
+    return Action_ShiftLineMapsToTop(cmd.Set);
+}
+
+bool handleShiftLineMapsToBottom(const ActionCommand_s &cmd) {
+    cmd.logAction();
+    return Action_ShiftLineMapsToBottom(cmd.Set);
+}
+
+bool handleSetFrameBackgroundColor(const ActionCommand_s &cmd) {
+    cmd.logAction();
+    return Action_SetFrameBackgroundColor(cmd.Mandatory);
 }
 
 bool handleView(const ActionCommand_s &cmd) {
@@ -136,6 +151,12 @@ const PlotActionHandler_s PlotActionHandlers[] = {
     {MacroAction_DELETELINEMAPS, handleDeleteLineMaps},
     {MacroAction_DELETEXYMAPS, handleDeleteLineMaps},
     {MacroAction_DUPLICATELINEMAP, handleDuplicateLineMap},
+    {MacroAction_DUPLICATEXYMAP, handleDuplicateLineMap},
+    {MacroAction_SHIFTLINEMAPSTOTOP, handleShiftLineMapsToTop},
+    {MacroAction_SHIFTXYMAPSTOTOP, handleShiftLineMapsToTop},
+    {MacroAction_SHIFTLINEMAPSTOBOTTOM, handleShiftLineMapsToBottom},
+    {MacroAction_SHIFTXYMAPSTOBOTTOM, handleShiftLineMapsToBottom},
+    {MacroAction_SETFRAMEBACKGROUNDCOLOR, handleSetFrameBackgroundColor},
     {MacroAction_VIEW, handleView},
     {MacroAction_ROTATE3DVIEW, handleRotate3DView},
     {MacroAction_WORKSPACEVIEW, handleWorkspaceView},

@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "base/data/dataset.h"
 #include "base/kernel/alloc.h"
 #include "base/kernel/genbase.h"
 #include "base/kernel/globals.h"
@@ -72,6 +73,9 @@ const InputSpecs_s ZeroAndAboveLgIndexInputSpec{InputSpecType_LgIndex, 0, 214748
 const InputSpecs_s AboveZeroSmIntegerInputSpec{InputSpecType_SmInteger, 1, 32767, 0, nullptr};
 const InputSpecs_s ZeroAndAboveSmIntegerInputSpec{InputSpecType_SmInteger, 0, 32767, 0, nullptr};
 const InputSpecs_s EntIndexInputSpec{InputSpecType_SmInteger, 0, 32699, 1, nullptr};
+const InputSpecs_s VarOrNoneInputSpec{InputSpecType_SmInteger, -1, 32699, 1, nullptr};
+const InputSpecs_s VarNumInputSpec{InputSpecType_SmInteger, 0, 32699, 1, nullptr};
+const InputSpecs_s ZoneNumInputSpec{InputSpecType_SmInteger, 0, 32699, 1, nullptr};
 const InputSpecs_s ColorMapGroupInputSpec{InputSpecType_SmInteger, 0, 3, 1, nullptr};
 const InputSpecs_s ContourGroupInputSpec{InputSpecType_SmInteger, 0, 3, 1, nullptr};
 const InputSpecs_s IsoSurfaceGroupInputSpec{InputSpecType_SmInteger, 0, 3, 1, nullptr};
@@ -80,6 +84,14 @@ const InputSpecs_s ValuePrecisionInputSpec{InputSpecType_SmInteger, 1, 18, 0, nu
 const InputSpecs_s NumberOfEllipsePointsInputSpec{InputSpecType_SmInteger, 3, 720, 0, nullptr};
 const InputSpecs_s ImageDimensionInputSpec{InputSpecType_SmInteger, 4, 32766, 0, nullptr};
 const InputSpecs_s ColorIndexInputSpec{InputSpecType_SmInteger, 0, 255, 0, nullptr};
+
+InputSpecs_s NumContourLevelsInputSpec{InputSpecType_SmInteger, 1, 400, 0, nullptr};
+InputSpecs_s CurvePointsInputSpec{InputSpecType_LgIndex, 2, 5000, 0, nullptr};
+
+void SetInputCheckBounds() {
+    NumContourLevelsInputSpec.Max = GeneralBase.MaxNumContourLevels;
+    CurvePointsInputSpec.Max = GeneralBase.MaxPtsInALine;
+}
 
 std::string GetOutOfRangeErrMsgString(const InputSpecs_s &rules) {
     char text[160];
@@ -98,6 +110,10 @@ std::string GetOutOfRangeErrMsgString(const InputSpecs_s &rules) {
 namespace {
 
 std::string LastSetValueError;
+// Set while SetValue7 sets a value of the current frame: references to variables, zones and
+// contour groups are then checked against it. Walks of a record on its own (tests, templates)
+// store what they are given.
+bool CheckFrameReferences = false;
 // The set of zones or maps a map-style command names, for the length of the command; null for
 // the shown ones.
 const Set_a *SetValueModifierSet = nullptr;
@@ -386,6 +402,39 @@ SetValueReturnCode_e setNumber(const StyleField_s &field, int row, void *target,
     }
 }
 
+// The colour values that take their colour from a contour group: MULTI (group 1) and MULTI2 to
+// MULTI4; -6 is RGB.
+int contourGroupOfColor(int color) { return color == -1 ? 0 : color <= -3 && color >= -5 ? -color - 2 : -1; }
+
+// A row naming a variable, a zone or a contour group of the frame must name one that exists and
+// can be used now; the configuration file sets the defaults of frames without data and is not
+// checked. On failure the old value goes back.
+SetValueReturnCode_e checkFrameReference(const StyleField_s &field, int row, void *target, int oldValue) {
+    if (IsProcessingConfigFile || !CheckFrameReferences) return SetValue_Ok;
+    int *value = static_cast<int *>(target);
+    int group = -1;
+    if (field.Kind == StyleField_Enum && GetSetValueEnumSet(row) == 101) group = contourGroupOfColor(*value);
+    else if (field.Kind == StyleField_Int && field.Spec == &ContourGroupInputSpec) group = *value;
+    bool isVar = field.Kind == StyleField_Int && (field.Spec == &VarOrNoneInputSpec || field.Spec == &VarNumInputSpec);
+    bool isZone = field.Kind == StyleField_Int && field.Spec == &ZoneNumInputSpec;
+    SetValueReturnCode_e code = SetValue_Ok;
+    if (group >= 0) {
+        if (CurFrame != nullptr && CurFrame->Style.GlobalContour[group].Var < 0)
+            code = fail(SetValue_ContextError, "Cannot use the selected contour group. Contour variable not assigned.");
+    } else if (isVar || isZone) {
+        const DataSet_s *dataSet = CurFrame != nullptr ? CurFrame->DataSet : nullptr;
+        if (isVar && *value < 0 && field.Spec == &VarOrNoneInputSpec) return SetValue_Ok;  // none
+        if (dataSet == nullptr)
+            code = fail(SetValue_NoAttachedDatasetError, "Current frame must have an attached data set.");
+        else if (isVar && (*value >= dataSet->NumVars || !IsVarEnabled(dataSet, *value)))
+            code = fail(SetValue_InvalidVarOrZone, "Variable not in current data set");
+        else if (isZone && (*value >= dataSet->NumZones || !IsZoneEnabled(dataSet, *value)))
+            code = fail(SetValue_InvalidVarOrZone, "Zone not in current data set");
+    }
+    if (code != SetValue_Ok) *value = oldValue;
+    return code;
+}
+
 }  // namespace
 
 SetValueReturnCode_e SetStyleRecordValue(const StyleRecord_s &record, void *base, const int path[7], int depth,
@@ -399,6 +448,7 @@ SetValueReturnCode_e SetStyleRecordValue(const StyleRecord_s &record, void *base
         return fail(SetValue_LimitsOutsideConfig,
                     "The $!" + rowName(path[0]) + " sub-command option is only allowed within the configuration file.");
     void *target = field.Target(resolved.Record);
+    int oldValue = field.Kind == StyleField_Int || field.Kind == StyleField_Enum ? *static_cast<int *>(target) : 0;
     switch (field.Kind) {
         case StyleField_Bool: code = SetBooleanValue(row, static_cast<bool *>(target), assignOp, argValue); break;
         case StyleField_Int:
@@ -458,6 +508,8 @@ SetValueReturnCode_e SetStyleRecordValue(const StyleRecord_s &record, void *base
         case StyleField_Block:
         case StyleField_NumberedBlock: code = badOption(row, path[0]); break;
     }
+    if (code == SetValue_Ok && (field.Kind == StyleField_Int || field.Kind == StyleField_Enum))
+        code = checkFrameReference(field, row, target, oldValue);
     if (code == SetValue_Ok && field.AfterChange != nullptr) field.AfterChange();
     return code;
 }
@@ -616,8 +668,16 @@ SetValueReturnCode_e setActiveMaps(int row, ArbParam_t arg, AssignOp_e op) {
 }
 
 SetValueReturnCode_e setFrameSpecial(const int path[7], ArbParam_t arg, double value, AssignOp_e op) {
-    if (CurFrame == nullptr) return fail(SetValue_ContextError, "There is no current frame.");
     int row = path[0];
+    if (IsProcessingConfigFile) {
+        // These belong to a frame with data, which the defaults of new frames are not.
+        if (row == MacroSetValue_FRAMENAME) return fail(SetValue_NotAllowedInConfig, "assign the frame name");
+        if (row == MacroSetValue_PLOTTYPE || row == MacroSetValue_FRAMEMODE)
+            return fail(SetValue_NotAllowedInConfig, "assign the plot type");
+        if (row == MacroSetValue_GLOBALTIME) return fail(SetValue_NotAllowedInConfig, "assign the solution time");
+        return setActiveMaps(row, arg, op);
+    }
+    if (CurFrame == nullptr) return fail(SetValue_ContextError, "There is no current frame.");
     if (row == MacroSetValue_FRAMENAME) return SetStringValue(row, &CurFrame->Name, op, reinterpret_cast<const char *>(arg));
     if (row == MacroSetValue_PLOTTYPE || row == MacroSetValue_FRAMEMODE) {
         // The frame mode words have the values of the plot types they stand for.
@@ -683,12 +743,26 @@ SetValueReturnCode_e setMapStyle(const int path[7], ArbParam_t arg, double value
     return code;
 }
 
+bool isMapStyleRow(int row);
+
 void announce(const int path[7]) {
     if (SetValueBlockDepth > 0) {
         SetValueBlockChanged = true;
         return;
     }
-    for (int n = 0; n < 7 && path[n] >= 0; n++) StateChangeSupplementalInfoSetStyleParam(n, path[n]);
+    // The path as SetValue7 takes it: behind a map command the set of maps it reached stands in
+    // place of a row, behind a grouped one the group number, behind a numbered block its number.
+    std::unique_ptr<Set_a, void (*)(Set_a *)> maps(nullptr, [](Set_a *set) { DeallocSet(&set); });
+    if (isMapStyleRow(path[0]) && CurFrame != nullptr) maps.reset(mapsOfCommand(CurFrame, path[0], SetValueModifierSet));
+    for (int n = 0; n < 7 && path[n] >= 0; n++)
+        StateChangeSupplementalInfoSetStyleParam(n, n == 1 && maps ? reinterpret_cast<ArbParam_t>(maps.get()) : path[n]);
+    // A field map command names the maps it changed.
+    if ((path[0] == MacroSetValue_FIELD || path[0] == MacroSetValue_FIELDMAP) && maps) {
+        StateChangeSupplementalInfoSetFieldMapSet(maps.get());
+    } else if ((path[0] == MacroSetValue_ACTIVEFIELDMAPS || path[0] == MacroSetValue_ACTIVEFIELDZONES) &&
+               CurFrame != nullptr && CurFrame->ActiveFieldMaps != nullptr) {
+        StateChangeSupplementalInfoSetFieldMapSet(CurFrame->ActiveFieldMaps);
+    }
     StateChanged(StateChange_Style, nullptr);
 }
 
@@ -842,6 +916,11 @@ bool IsSetValueMajorAvailable(int row) {
 SetValueReturnCode_e SetValue7(ArbParam_t argValue, double doubleValue, AssignOp_e assignOp, const int pathIn[7],
                                bool raiseStateChange) {
     LastSetValueError.clear();
+    struct CheckScope {
+        bool saved = CheckFrameReferences;
+        CheckScope() { CheckFrameReferences = true; }
+        ~CheckScope() { CheckFrameReferences = saved; }
+    } checkScope;
     int path[7];
     bool isFrame, isGeneral;
     CategorizeMajorCommand(pathIn[0], &isFrame, &isGeneral);
@@ -868,6 +947,8 @@ SetValueReturnCode_e SetValue7(ArbParam_t argValue, double doubleValue, AssignOp
             code = fail(SetValue_ContextError, "There is no current frame.");
         else if (!linkAllowed(path, argValue, &error))
             code = fail(SetValue_ContextError, error);
+        else if (IsProcessingConfigFile && contourOfVarPath(style, path) != nullptr)
+            code = fail(SetValue_NotAllowedInConfig, "assign the contouring variable");
         else {
             const GlobalContour_s *contour = contourOfVarPath(style, path);
             int oldVar = contour != nullptr ? contour->Var : -1;
@@ -900,6 +981,11 @@ SetValueReturnCode_e SetValue7(ArbParam_t argValue, double doubleValue, AssignOp
     if (code == SetValue_Ok && raiseStateChange && !IsProcessingStylesheet) announce(path);
     if (undoBlock) EndUndoCommandBlock(code == SetValue_Ok);
     return code;
+}
+
+SetValueReturnCode_e SetInterfaceValue(int row, ArbParam_t argValue, double doubleValue) {
+    const int path[7] = {MacroSetValue_INTERFACE, row, -1, -1, -1, -1, -1};
+    return SetValue7(argValue, doubleValue, AssignOp_Equals, path, true);
 }
 
 SetValueReturnCode_e GetValue(double *doubleOut, ArbParam_t *argOut, const int pathIn[7]) {
@@ -1100,8 +1186,6 @@ bool ProcessSetValueSubCommands(int majorRow, const char *text, int line, const 
     }
     SetValueModifierSet = modifier.get();
     if (GetSetValueKind(majorRow) != SetValueKind_Parent) return walker.leaf(&p, majorRow);
-    BeginSetValueBlock(majorRow);
-    bool ok = walker.walk(&p, depth, false);
-    EndSetValueBlock(majorRow);
-    return ok;
+    // Each value set is its own style change, announced with its whole path.
+    return walker.walk(&p, depth, false);
 }

@@ -69,6 +69,11 @@ extern const InputSpecs_s ZeroAndAboveLgIndexInputSpec;
 extern const InputSpecs_s AboveZeroSmIntegerInputSpec;
 extern const InputSpecs_s ZeroAndAboveSmIntegerInputSpec;
 extern const InputSpecs_s EntIndexInputSpec;           // one-based in text, zero-based in store
+// Style rows naming a variable or a zone of the frame's data set: set outside the configuration
+// file, the value must name an enabled one (VarOrNone also takes 0, stored -1, for none).
+extern const InputSpecs_s VarOrNoneInputSpec;
+extern const InputSpecs_s VarNumInputSpec;
+extern const InputSpecs_s ZoneNumInputSpec;
 extern const InputSpecs_s ColorMapGroupInputSpec;      // 1 to 4 in text, 0 to 3 in store
 extern const InputSpecs_s ContourGroupInputSpec;
 extern const InputSpecs_s IsoSurfaceGroupInputSpec;
@@ -77,6 +82,13 @@ extern const InputSpecs_s ValuePrecisionInputSpec;     // 1 to 18
 extern const InputSpecs_s NumberOfEllipsePointsInputSpec;
 extern const InputSpecs_s ImageDimensionInputSpec;     // 4 to 32766
 extern const InputSpecs_s ColorIndexInputSpec;         // 0 to 255
+
+// Two checks whose upper bounds are limits of the configuration: the number of contour levels
+// (1 to MAXNUMCONTOURLEVELS) and the points of a curve (2 to MAXPTSINALINE).
+extern InputSpecs_s NumContourLevelsInputSpec;
+extern InputSpecs_s CurvePointsInputSpec;
+// Sets those bounds from the limits in force (once the configuration file has run).
+void SetInputCheckBounds();
 
 // The text of "must be ..." for a range, in macro units.
 std::string GetOutOfRangeErrMsgString(const InputSpecs_s &rules);
@@ -211,6 +223,9 @@ SetValueReturnCode_e SetValue7(ArbParam_t argValue, double doubleValue, AssignOp
 // The text of the last failure of SetValue7.
 const std::string &GetLastSetValueErrorString();
 
+// A value of an INTERFACE row, as the interface sets one: integers, enumerated values and strings
+// in argValue, doubles in doubleValue.
+SetValueReturnCode_e SetInterfaceValue(int row, ArbParam_t argValue, double doubleValue);
 // Reads one value (see GetStyleRecordValue). Code 2 for a path that holds no value.
 SetValueReturnCode_e GetValue(double *doubleOut, ArbParam_t *argOut, const int path[7]);
 

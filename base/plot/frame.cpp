@@ -93,12 +93,15 @@ void installDataSetHooks() {
 
 bool CreateNewFrame() { return CreateNewFrame(nullptr); }
 
-bool CreateNewFrame(const Rect_s *rect) {
+bool IsValidFrameRect(const Rect_s &rect) {
     // Sizes within 1e-9 of the least (0.1 inch) pass: a height given as 0.1 may come back a hair
     // under it from Y1 - Y2.
-    if (rect != nullptr && !(rect->X1 >= -500 && rect->Y2 >= -500 && rect->X2 <= 500 && rect->Y1 <= 500 &&
-                             rect->Y1 >= rect->Y2 && rect->X2 >= rect->X1 && rect->X2 - rect->X1 >= 0.1 - 1e-9 &&
-                             rect->Y1 - rect->Y2 >= 0.1 - 1e-9)) {
+    return rect.X1 >= -500 && rect.Y2 >= -500 && rect.X2 <= 500 && rect.Y1 <= 500 && rect.Y1 >= rect.Y2 &&
+           rect.X2 >= rect.X1 && rect.X2 - rect.X1 >= 0.1 - 1e-9 && rect.Y1 - rect.Y2 >= 0.1 - 1e-9;
+}
+
+bool CreateNewFrame(const Rect_s *rect) {
+    if (rect != nullptr && !IsValidFrameRect(*rect)) {
         ErrMsg("Invalid frame position and/or dimensions");
         return false;
     }
@@ -681,4 +684,42 @@ void ResetFrameStylePreserveFrameLayoutAndPlotType(Frame_s *frame) {
 
 void SetFrameAttributesToDefaults(Frame_s *frame, StyleBase_e base) {
     restyleFrame(frame, GetFrameTemplate(base == StyleBase_Factory), false, false);
+}
+
+bool Action_SetFrameBackgroundColor(int color) {
+    if (CurFrame == nullptr) {
+        ErrMsg("There is no current frame.");
+        return false;
+    }
+    int old = CurFrame->Style.FrameLayout.BackgroundColor;
+    if (old == color) return true;
+    auto trade = [old, color](int32_t *value) {
+        if (*value == old) *value = color;
+        else if (*value == color) *value = old;
+    };
+    SwapFrameStyleColors(&CurFrame->Style, old, color);  // the background itself goes from old to new
+    SwapFieldMapStyleColors(&CurFrame->Style.FieldMap, old, color);
+    SwapLineMapStyleColors(&CurFrame->Style.LineMap, old, color);
+    for (auto &map : CurFrame->FieldAttributes) SwapFieldMapStyleColors(&map->Style, old, color);
+    for (auto &map : CurFrame->LineMapAttributes) SwapLineMapStyleColors(&map->Style, old, color);
+    for (Text_s &text : CurFrame->Texts) {
+        trade(&text.Color);
+        trade(&text.BoxOutlineColor);
+        trade(&text.BoxFillColor);
+    }
+    for (Geom_s &geom : CurFrame->Geoms) {
+        trade(&geom.Color);
+        trade(&geom.FillColor);
+    }
+    for (int *value : {&CurFrame->Style.BaseText.Color, &CurFrame->Style.BaseText.BoxColor,
+                       &CurFrame->Style.BaseText.BoxFillColor, &CurFrame->Style.BaseGeom.Color,
+                       &CurFrame->Style.BaseGeom.FillColor, &GeneralBase.DefaultText.Color, &GeneralBase.DefaultText.BoxColor,
+                       &GeneralBase.DefaultText.BoxFillColor, &GeneralBase.DefaultGeom.Color,
+                       &GeneralBase.DefaultGeom.FillColor})
+        trade(value);
+    MarkEntireFrameForScreenUpdate(CurFrame);
+    StateChangeSupplementalInfoSetStyleParam(0, MacroSetValue_FRAMELAYOUT);
+    StateChangeSupplementalInfoSetStyleParam(1, MacroSetValue_BACKGROUNDCOLOR);
+    StateChanged(StateChange_Style);
+    return true;
 }

@@ -107,6 +107,9 @@ constexpr int MaxNumFrames = 2048;
 // rectangle (paper inches, Y downward) is the template's unless given; a rectangle outside the
 // paper range or under 0.1 inch is refused, as is a frame beyond the 2048th.
 bool CreateNewFrame();
+// A frame rectangle on the paper (inches, Y1 the bottom edge) that a frame may have: within
+// -500 to 500 and at least 0.1 inch each way.
+bool IsValidFrameRect(const Rect_s &rect);
 bool CreateNewFrame(const Rect_s *rect);
 // The stack position (0 top) of the frame with the name (without regard to case), or -1.
 int FindFrameByName(const char *name);
@@ -165,6 +168,10 @@ bool AttachDataSetToCurFrame(DataSet_s *dataSet);
 bool AttachDataSetFromOtherFrame(Frame_s *other);
 // $!ATTACHDATASET FRAME = n: n is a one-based stack position.
 bool Action_AttachDataSet(int frameNumber);
+// $!SETFRAMEBACKGROUNDCOLOR: the current frame's background becomes the colour, and the old and
+// new background colours trade places throughout the frame's style, its maps, its text and
+// geometries and the default text and geometry styles, so nothing vanishes into the background.
+bool Action_SetFrameBackgroundColor(int color);
 // A loaded data set reaches the frames. NEW gives it to the current frame only, REPLACE to every
 // frame that held the current frame's data set; both free the old one when no frame keeps it.
 // APPEND joins its zones onto the current data set and frees the record. Strands are assigned

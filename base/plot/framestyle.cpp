@@ -9,9 +9,11 @@
 
 #include <cmath>
 #include <cstdio>
+#include <set>
 #include <type_traits>
 
 #include "base/kernel/orvassert.h"
+#include "base/macro/genstyle.h"
 #include "base/macro/macrocomp.h"
 #include "base/macro/vocab.h"
 #include "base/plot/framestyletables.h"
@@ -235,6 +237,20 @@ bool IsFrameStyleMajorRow(int row) {
            row == MacroSetValue_FRAMELINKING || row == MacroSetValue_LINKING;
 }
 
+namespace {
+
+// BASETEXT and BASEGEOM: the frame's text and geometry defaults, records of the general style's kind.
+const StyleRecord_s *baseRecordOf(int row) {
+    if (row == MacroSetValue_BASETEXT) return &GetTextStyleRecord();
+    if (row == MacroSetValue_BASEGEOM) return &GetGeomStyleRecord();
+    return nullptr;
+}
+void *baseObjectOf(FrameStyle_s *style, int row) {
+    return row == MacroSetValue_BASETEXT ? static_cast<void *>(&style->BaseText) : static_cast<void *>(&style->BaseGeom);
+}
+
+}  // namespace
+
 SetValueReturnCode_e FrameStyleSetValue(FrameStyle_s *style, const int path[7], ArbParam_t argValue,
                                         double doubleValue, int assignOp, std::string *error) {
     // Unit suffixes scale by the frame as it stands before this change.
@@ -242,6 +258,9 @@ SetValueReturnCode_e FrameStyleSetValue(FrameStyle_s *style, const int path[7], 
     const StyleRecord_s *mapRecord;
     if (void *map = mapTemplate(style, path[0], &mapRecord))
         return setInRecord(*mapRecord, map, frameRect, path, 2, argValue, doubleValue, assignOp, error);
+    if (const StyleRecord_s *record = baseRecordOf(path[0]))
+        return setInRecord(*record, baseObjectOf(style, path[0]), frameRect, path, 1, argValue, doubleValue, assignOp,
+                           error);
     if (!isRowOf(GetFrameStyleRecord(), path[0])) {
         // Not a record of the frame style: the plot type, name, active maps and the text and
         // geometry bases are set elsewhere.
@@ -257,6 +276,8 @@ SetValueReturnCode_e FrameStyleGetValue(const FrameStyle_s *style, const int pat
     const StyleRecord_s *mapRecord;
     if (void *map = mapTemplate(const_cast<FrameStyle_s *>(style), path[0], &mapRecord))
         return getInRecord(*mapRecord, map, path, 2, doubleOut, argOut);
+    if (const StyleRecord_s *record = baseRecordOf(path[0]))
+        return getInRecord(*record, baseObjectOf(const_cast<FrameStyle_s *>(style), path[0]), path, 1, doubleOut, argOut);
     return getInRecord(GetFrameStyleRecord(), style, path, 0, doubleOut, argOut);
 }
 
@@ -347,3 +368,38 @@ bool StoreFrameHeight(void *rect, double value, const InputSpecs_s &) {
     frame->Y1 = frame->Y2 + value;
     return true;
 }
+
+namespace {
+
+// The colour values of a record, into blocks and each number of a numbered block. Rows that are
+// aliases of others reach the same value twice; the set keeps it once.
+void collectColors(const StyleRecord_s &record, void *base, std::set<int *> *colors) {
+    for (size_t n = 0; n < record.NumFields; n++) {
+        const StyleField_s &field = record.Fields[n];
+        if (field.Kind == StyleField_Block) {
+            collectColors(*field.Sub, field.Target(base), colors);
+        } else if (field.Kind == StyleField_NumberedBlock) {
+            for (int number = 1; void *element = field.Element(base, number); number++)
+                collectColors(*field.Sub, element, colors);
+        } else if (field.Kind == StyleField_Enum && GetSetValueEnumSet(field.Row) == 101) {  // the colour set
+            colors->insert(static_cast<int *>(field.Target(base)));
+        }
+    }
+}
+
+void swapColorsInRecord(const StyleRecord_s &record, void *base, int a, int b) {
+    std::set<int *> colors;
+    collectColors(record, base, &colors);
+    for (int *color : colors) {
+        if (*color == a) *color = b;
+        else if (*color == b) *color = a;
+    }
+}
+
+}  // namespace
+
+void SwapFrameStyleColors(FrameStyle_s *style, int a, int b) { swapColorsInRecord(GetFrameStyleRecord(), style, a, b); }
+
+void SwapFieldMapStyleColors(FieldMapStyle_s *map, int a, int b) { swapColorsInRecord(GetFieldMapStyleRecord(), map, a, b); }
+
+void SwapLineMapStyleColors(LineMapStyle_s *map, int a, int b) { swapColorsInRecord(GetLineMapStyleRecord(), map, a, b); }

@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "base/kernel/genbase.h"
 #include "base/kernel/types.h"
 #include "base/macro/setvalue.h"
 
@@ -882,6 +883,8 @@ struct FrameStyle_s {
     PolarView_s PolarView;
     FieldMapStyle_s FieldMap;  // template of new field maps
     LineMapStyle_s LineMap;    // template of new line maps
+    TextStyle_s BaseText;      // BASETEXT: how new text of the frame starts out
+    GeomStyle_s BaseGeom;      // BASEGEOM: how new geometries of the frame start out
 };
 
 extern FrameStyle_s FrameFactoryDefaults;
@@ -926,3 +929,9 @@ SetValueReturnCode_e LineMapStyleSetValue(LineMapStyle_s *map, const Rect_s &fra
                                           ArbParam_t argValue, double doubleValue, int assignOp, std::string *error);
 SetValueReturnCode_e LineMapStyleGetValue(const LineMapStyle_s *map, const int path[7], double *doubleOut,
                                           ArbParam_t *argOut);
+
+// Every colour value of a record that equals a becomes b, and every one that equals b becomes a
+// (a new frame background trades places with the old one throughout a frame's style).
+void SwapFrameStyleColors(FrameStyle_s *style, int a, int b);
+void SwapFieldMapStyleColors(FieldMapStyle_s *map, int a, int b);
+void SwapLineMapStyleColors(LineMapStyle_s *map, int a, int b);

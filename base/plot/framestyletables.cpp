@@ -34,8 +34,6 @@ const InputSpecs_s MarginInputSpec{InputSpecType_Double, 0, 10, 100, nullptr};
 const InputSpecs_s PaperPositionInputSpec{InputSpecType_Double, -500, 500, 1, ConvertSuffixToPaperInches};
 const InputSpecs_s PaperSizeInputSpec{InputSpecType_Double, 0.1, 1000, 1, ConvertSuffixToPaperInches};
 
-// A variable, given from 1; 0 in a macro (stored -1) leaves the row without one.
-const InputSpecs_s VarOrNoneInputSpec{InputSpecType_SmInteger, -1, 32699, 1, nullptr};
 const InputSpecs_s OneBasedIndexInputSpec{InputSpecType_LgIndex, 0, MAXINDEX - 1, 1, nullptr};
 const InputSpecs_s ContourLevelInputSpec{InputSpecType_SmInteger, 0, 32699, 1, nullptr};
 const InputSpecs_s CustomLabelInputSpec{InputSpecType_SmInteger, 0, 9, 1, nullptr};
@@ -44,7 +42,6 @@ const InputSpecs_s NumberOfRodPointsInputSpec{InputSpecType_SmInteger, 3, 100, 0
 const InputSpecs_s LinkGroupInputSpec{InputSpecType_SmInteger, 1, 20, 0, nullptr};
 const InputSpecs_s TranslucencyInputSpec{InputSpecType_SmInteger, 1, 99, 0, nullptr};
 const InputSpecs_s PolyOrderInputSpec{InputSpecType_SmInteger, 1, 10, 0, nullptr};
-const InputSpecs_s CurvePointsInputSpec{InputSpecType_LgIndex, 2, MAXINDEX, 0, nullptr};
 const InputSpecs_s XYAxisNumberInputSpec{InputSpecType_SmInteger, 0, MaxXYLineAxes - 1, 1, nullptr};
 const InputSpecs_s AxisEdgeInputSpec{InputSpecType_SmInteger, 0, 3, 0, nullptr};
 
@@ -493,7 +490,7 @@ TABLE(ContourLineStyle);
 #define REC GlobalContour_s
 const StyleField_s GlobalContourRows[] = {
     INTROW(VAR, VarOrNoneInputSpec, Var),
-    INTROW(DEFNUMLEVELS, AboveZeroSmIntegerInputSpec, DefNumLevels),
+    INTROW(DEFNUMLEVELS, NumContourLevelsInputSpec, DefNumLevels),
     SUBROW(LABELS, Labels, ContourLabelsTable),
     SUBROW(LEGEND, Legend, ContourLegendTable),
     SUBROW(COLORCUTOFF, ColorCutoff, ColorCutoffTable),
@@ -633,7 +630,7 @@ const StyleField_s IJKBlankingRows[] = {
     DBLROW(IMAXFRACT, PercentageInputSpec, IMaxFract),
     DBLROW(JMAXFRACT, PercentageInputSpec, JMaxFract),
     DBLROW(KMAXFRACT, PercentageInputSpec, KMaxFract),
-    INTROW(ZONE, EntIndexInputSpec, Zone),
+    INTROW(ZONE, ZoneNumInputSpec, Zone),
 };
 TABLE(IJKBlanking);
 #undef REC
@@ -851,7 +848,7 @@ const StyleField_s AxisDetailRows[] = {
     BOOLROW(AUTOGRID, AutoGrid),
     DBLROW(GRSPACING, AboveZeroDoubleInputSpec, GrSpacing),
     DBLROW(GRANCHOR, DoubleInputSpec, GrAnchor),
-    INTROW(VARNUM, EntIndexInputSpec, VarNum),
+    INTROW(VARNUM, VarNumInputSpec, VarNum),
     SUBROW(TICKS, Ticks, AxisTicksTable),
     SUBROW(TICKLABEL, TickLabel, AxisTickLabelTable),
     SUBROW(GRIDLINES, Gridlines, AxisGridlinesTable),
@@ -1195,11 +1192,11 @@ TABLE(FieldMapStyle);
 
 #define REC LineMapAssign_s
 const StyleField_s LineMapAssignRows[] = {
-    INTROW(ZONE, EntIndexInputSpec, Zone),
-    INTROW(XAXISVAR, EntIndexInputSpec, XAxisVar),
-    INTROW(YAXISVAR, EntIndexInputSpec, YAxisVar),
-    INTROW(THETAAXISVAR, EntIndexInputSpec, XAxisVar),
-    INTROW(RAXISVAR, EntIndexInputSpec, YAxisVar),
+    INTROW(ZONE, ZoneNumInputSpec, Zone),
+    INTROW(XAXISVAR, VarNumInputSpec, XAxisVar),
+    INTROW(YAXISVAR, VarNumInputSpec, YAxisVar),
+    INTROW(THETAAXISVAR, VarNumInputSpec, XAxisVar),
+    INTROW(RAXISVAR, VarNumInputSpec, YAxisVar),
     INTROW(XAXIS, XYAxisNumberInputSpec, XAxis),
     INTROW(YAXIS, XYAxisNumberInputSpec, YAxis),
     ENUMROW(FUNCTIONDEPENDENCY, FunctionDependency),

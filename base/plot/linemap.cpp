@@ -3,6 +3,8 @@
 #include "base/plot/linemap.h"
 
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "base/data/dataset.h"
 #include "base/kernel/errors.h"
@@ -180,3 +182,40 @@ bool Action_DuplicateLineMap(int source, int destination) {
     notifyLineMaps(StateChange_LineMapAssign);
     return true;
 }
+
+namespace {
+
+bool shiftLineMaps(const Set_a *maps, bool toTop) {
+    if (CurFrame == nullptr || maps == nullptr) return false;
+    int count = NumLineMaps(CurFrame);
+    for (SetIndex_t m = GetNextMember(maps, -1); m >= 0; m = GetNextMember(maps, m))
+        if (m >= count) {
+            ErrMsg("Invalid line map number: %d.", int(m + 1));
+            return false;
+        }
+    // The new order as old map numbers: the chosen maps first (or last), each group in its order.
+    std::vector<int> order;
+    for (int pass = 0; pass < 2; pass++)
+        for (int m = 0; m < count; m++) {
+            bool inFirstGroup = InSet(maps, m) == toTop;
+            if (inFirstGroup == (pass == 0)) order.push_back(m);
+        }
+    std::vector<std::unique_ptr<LineMapAttributes_s>> moved;
+    moved.resize(size_t(count));
+    Set_a *active = AllocSet(false);
+    for (int n = 0; n < count; n++) {
+        moved[size_t(n)] = std::move(CurFrame->LineMapAttributes[size_t(order[size_t(n)])]);
+        if (CurFrame->ActiveLineMaps != nullptr && InSet(CurFrame->ActiveLineMaps, order[size_t(n)])) AddToSet(active, n, false);
+    }
+    CurFrame->LineMapAttributes = std::move(moved);
+    if (CurFrame->ActiveLineMaps != nullptr) CopySet(CurFrame->ActiveLineMaps, active, false);
+    DeallocSet(&active);
+    notifyLineMaps(StateChange_LineMapAssign);
+    return true;
+}
+
+}  // namespace
+
+bool Action_ShiftLineMapsToTop(const Set_a *maps) { return shiftLineMaps(maps, true); }
+
+bool Action_ShiftLineMapsToBottom(const Set_a *maps) { return shiftLineMaps(maps, false); }

@@ -44,3 +44,7 @@ void FrameStyleDeleteVarFromLineMaps(Frame_s *frame, EntIndex_t var);
 bool Action_CreateLineMap();
 bool Action_DeleteLineMaps(const Set_a *maps);
 bool Action_DuplicateLineMap(int source, int destination);
+// $!SHIFTLINEMAPSTOTOP / TOBOTTOM: the maps of the set (zero-based) move, in their order, before
+// (or after) all the others; the active set follows the maps it named.
+bool Action_ShiftLineMapsToTop(const Set_a *maps);
+bool Action_ShiftLineMapsToBottom(const Set_a *maps);

@@ -138,6 +138,13 @@ std::vector<std::string> Lines(const std::string &text) {
     return lines;
 }
 
+std::vector<std::string> EchoedLines(const std::string &log) {
+    std::vector<std::string> lines;
+    for (const std::string &line : Lines(log))
+        if (line.rfind("= ", 0) == 0) lines.push_back(line.substr(2));
+    return lines;
+}
+
 std::string RunShell(const std::string &command) {
     FILE *pipe = popen(command.c_str(), "r");
     std::string out;

@@ -62,3 +62,5 @@ std::string RunShell(const std::string &command);
 std::string RunPython(const Scratch &s, const std::string &program);
 // The lines of a text.
 std::vector<std::string> Lines(const std::string &text);
+// The lines a macro wrote with $!INTERNAL "ECHO = ...", without the "= ".
+std::vector<std::string> EchoedLines(const std::string &log);

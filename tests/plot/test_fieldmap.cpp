@@ -1,11 +1,17 @@
 // Field maps as holders of zone style: how zones are grouped into maps, the colours and defaults
 // new maps take, and how maps follow zones that are added and deleted. Also the sheet as it lies,
-// and a 3D fit that sizes the view to the data box.
+// and a 3D fit that sizes the view to the data box, and the style changes that set commands on
+// maps announce.
 #include <gtest/gtest.h>
 
 #include <cmath>
 
 #include "base/data/strand.h"
+#include "base/kernel/genbase.h"
+#include "base/kernel/statechg.h"
+#include "base/macro/macro1.h"
+#include "base/macro/macrocomp.h"
+#include "base/macro/vocabtables.h"
 #include "base/plot/fieldmap.h"
 #include "base/plot/linemap.h"
 #include "base/plot/view.h"
@@ -216,3 +222,60 @@ TEST_F(FieldMapTest, ResettingStyleKeepsWhatMakesTheFrame) {
 }
 
 }  // namespace
+
+namespace {
+
+// What a listener heard of style changes: the path of each, and the field maps it names.
+std::vector<std::string> styleChanges;
+
+void hearStyle(StateChange_e change) {
+    if (change != StateChange_Style) return;
+    std::string text = "style";
+    // Position 1 of a map command is the set of maps, of a grouped command the group number.
+    ArbParam_t row, modifier = 0;
+    StateChangeSupplementalInfoGetStyleParam(0, &row);
+    text += " " + std::string(SetValueCommandList[row].Name);
+    StateChangeSupplementalInfoGetStyleParam(1, &modifier);
+    const Set_a *maps = nullptr;
+    if (StateChangeSupplementalInfoGetFieldMapSet(&maps)) {
+        text += reinterpret_cast<const Set_a *>(modifier) == maps ? " [" : " [?";
+        for (SetIndex_t m = GetNextMember(maps, -1); m >= 0; m = GetNextMember(maps, m)) text += " " + std::to_string(m + 1);
+        text += " ]";
+    } else if (row == MacroSetValue_GLOBALCONTOUR) {
+        text += " " + std::to_string(modifier);
+    } else {
+        text += " " + std::string(SetValueCommandList[modifier].Name);
+    }
+    for (int p = 2; p < NumStateChangeStyleParams && StateChangeSupplementalInfoGetStyleParam(p, &row); p++)
+        text += " " + std::string(SetValueCommandList[row].Name);
+    styleChanges.push_back(text);
+}
+
+}  // namespace
+
+TEST_F(FieldMapTest, StyleCommandsAnnounceEachValueWithItsPath) {
+    makeDataSet(3, 3);
+    ASSERT_TRUE(FrameStyleSynchronizeWithDataSet(CurFrame, PlotType_Cartesian2D, true));
+    ASSERT_TRUE(RegisterStateChangeCallback(hearStyle));
+    styleChanges.clear();
+    SetIsLayoutDirty(false);
+    // Two values in one command: two changes, each with its whole path and the maps it reached.
+    ASSERT_TRUE(ExecuteSingleMacroCommand("$!FIELDMAP [1,3] MESH { COLOR = RED LINETHICKNESS = 0.4 }", MacroVersionCurrent));
+    EXPECT_EQ(styleChanges, (std::vector<std::string>{"style FIELDMAP [ 1 3 ] MESH COLOR",
+                                                     "style FIELDMAP [ 1 3 ] MESH LINETHICKNESS"}));
+    EXPECT_TRUE(IsLayoutDirty());
+    // The same values again change nothing and raise nothing.
+    styleChanges.clear();
+    ASSERT_TRUE(ExecuteSingleMacroCommand("$!FIELDMAP [1,3] MESH { COLOR = RED }", MacroVersionCurrent));
+    EXPECT_TRUE(styleChanges.empty());
+    // Settings of the interface leave the layout clean; the frame's style does not.
+    SetIsLayoutDirty(false);
+    ASSERT_TRUE(ExecuteSingleMacroCommand("$!INTERFACE ENABLEPAUSES = NO", MacroVersionCurrent));
+    EXPECT_FALSE(IsLayoutDirty());
+    EXPECT_EQ(styleChanges.back(), "style INTERFACE ENABLEPAUSES");
+    ASSERT_TRUE(ExecuteSingleMacroCommand("$!GLOBALCONTOUR 2 VAR = 3", MacroVersionCurrent));
+    EXPECT_TRUE(IsLayoutDirty());
+    EXPECT_EQ(styleChanges.back(), "style GLOBALCONTOUR 2 VAR");
+    ASSERT_TRUE(UnregisterStateChangeCallback(hearStyle));
+    GeneralBase.EnablePauses = true;
+}

@@ -824,8 +824,7 @@ TEST_F(FrameStyleTest, MajorRowsOfTheFrame) {
     std::vector<int> elsewhere = {MacroSetValue_FRAMEMODE,        MacroSetValue_PLOTTYPE,
                                   MacroSetValue_FRAMENAME,        MacroSetValue_ACTIVEFIELDZONES,
                                   MacroSetValue_ACTIVEFIELDMAPS,  MacroSetValue_ACTIVEXYMAPS,
-                                  MacroSetValue_ACTIVELINEMAPS,   MacroSetValue_BASETEXT,
-                                  MacroSetValue_BASEGEOM};
+                                  MacroSetValue_ACTIVELINEMAPS};
     for (int row : frameRows) {
         int p[7] = {row, -1, -1, -1, -1, -1, -1};
         FrameStyleSetValue(style.get(), p, 0, 0, AssignOp_Equals, &error);
@@ -953,3 +952,15 @@ TEST_F(FrameStyleTest, MapRecordsAreSetThroughTheMapTables) {
 }
 
 }  // namespace
+
+TEST_F(FrameStyleTest, BaseTextAndGeomAreTheFramesOwn) {
+    ASSERT_EQ(setArg("BASETEXT COLOR", 1), FrameStyle_Ok) << error;  // RED
+    EXPECT_EQ(style->BaseText.Color, 1);
+    ASSERT_EQ(setArg("BASEGEOM LINEPATTERN", 2), FrameStyle_Ok) << error;  // DOTTED
+    EXPECT_EQ(style->BaseGeom.LinePattern, 2);
+    EXPECT_EQ(getArg("BASETEXT COLOR"), 1);
+    // The general defaults of text and geometries are other records.
+    EXPECT_EQ(GeneralBase.DefaultText.Color, 0);
+    EXPECT_EQ(GeneralBase.DefaultGeom.LinePattern, 0);
+    EXPECT_EQ(setArg("BASETEXT MAXSTEPS", 1), FrameStyle_InvalidCommandOption);
+}
