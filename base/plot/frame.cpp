@@ -496,22 +496,25 @@ bool AttachDataSetToCurFrame(DataSet_s **dataSet, ReadDataOption_e option, bool 
     if (option == ReadDataOption_Replace && present != nullptr)
         for (auto &frame : FrameStack)
             if (frame.get() != CurFrame && frame->DataSet == present) takers.push_back(frame.get());
+    // From here the frames own the incoming data set, and the old one goes once none holds it,
+    // also when a frame's style fails to follow (which only a lack of memory can cause).
     for (Frame_s *frame : takers) {
         frame->DataSet = incoming;
         resetFrameDataFlags(frame);
         frame->InitialPlotFirstZoneOnly = initialPlotFirstZoneOnly;
     }
+    *dataSet = nullptr;
+    bool hadData = present != nullptr;
+    if (present != nullptr && DataSetReferenceCount(present) == 0) DeallocDataSet(&present);
     bool keptStyleLacks = false;
     for (Frame_s *frame : takers) {
-        bool reset = resetStyle || present == nullptr;
+        bool reset = resetStyle || !hadData;
         int mapsBefore = NumFieldMaps(frame), lineMapsBefore = NumLineMaps(frame);
         PlotType_e type = frame == CurFrame ? plotType : frame->PlotType;
         if (!FrameStyleSynchronizeWithDataSet(frame, type, reset)) return false;
         if (!reset && (NumFieldMaps(frame) < mapsBefore || NumLineMaps(frame) < lineMapsBefore)) keptStyleLacks = true;
     }
     if (keptStyleLacks) Warning("Old style references attributes not available in the new data set.  The style may be adjusted.");
-    if (present != nullptr && DataSetReferenceCount(present) == 0) DeallocDataSet(&present);
-    *dataSet = nullptr;
     for (Frame_s *frame : takers) {
         double min, max;
         GetSolutionTimeMinMaxForAllStrands(frame, &min, &max);
@@ -520,7 +523,7 @@ bool AttachDataSetToCurFrame(DataSet_s **dataSet, ReadDataOption_e option, bool 
     }
     SetNewPlotType(plotType, resetStyle, false);
     for (Frame_s *frame : takers) {
-        frame->ViewNeedsReset = frame->ViewNeedsReset || resetStyle || present == nullptr;
+        frame->ViewNeedsReset = frame->ViewNeedsReset || resetStyle || !hadData;
         MarkEntireFrameForScreenUpdate(frame);
     }
     StateChanged(StateChange_DataSetReset, nullptr);
