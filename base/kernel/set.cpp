@@ -145,6 +145,23 @@ bool AddToSet(Set_a *set, SetIndex_t member, bool showErr) {
     return true;
 }
 
+bool AddRangeToSet(Set_a *set, SetIndex_t first, SetIndex_t last, bool showErr) {
+    REQUIRE(set != nullptr && first >= 0);
+    if (last < first) return true;
+    if (last >= set->size && !ExpandSet(set, last + 1, showErr)) return false;
+    SetIndex_t firstWord = first >> 6, lastWord = last >> 6;
+    uint64_t firstMask = ~lowBits(static_cast<int>(first & 63));  // bits first.. of its word
+    uint64_t lastMask = lowBits(static_cast<int>(last & 63) + 1);  // bits ..last of its word
+    if (firstWord == lastWord) {
+        set->data[firstWord] |= firstMask & lastMask;
+        return true;
+    }
+    set->data[firstWord] |= firstMask;
+    for (SetIndex_t w = firstWord + 1; w < lastWord; w++) set->data[w] = ~uint64_t(0);
+    set->data[lastWord] |= lastMask;
+    return true;
+}
+
 void RemoveFromSet(Set_a *set, SetIndex_t member) {
     REQUIRE(set != nullptr);
     if (static_cast<uint64_t>(member) >= static_cast<uint64_t>(set->size)) return;

@@ -24,6 +24,8 @@ bool CopySet(Set_a *dest, const Set_a *src, bool showErr);
 bool AppendSet(Set_a *dest, const Set_a *src, bool showErr);
 void ClearSet(Set_a *set);
 bool AddToSet(Set_a *set, SetIndex_t member, bool showErr);
+// Adds the members first..last (both included; nothing when last < first) a word at a time.
+bool AddRangeToSet(Set_a *set, SetIndex_t first, SetIndex_t last, bool showErr);
 void RemoveFromSet(Set_a *set, SetIndex_t member);
 
 // A member outside 0..size-1 is never in the set; the unsigned compare folds both bounds into one.

@@ -14,7 +14,9 @@
 #include "base/kernel/globals.h"
 #include "base/kernel/paths.h"
 #include "base/kernel/seams.h"
+#include "base/kernel/statechg.h"
 #include "base/kernel/undo.h"
+#include "base/kernel/valparse.h"
 #include "base/kernel/strutil.h"
 #include "base/macro/actcmd.h"
 #include "base/macro/macrocomp.h"
@@ -22,6 +24,7 @@
 #include "base/macro/macrovar.h"
 #include "base/macro/setvalue.h"
 #include "base/macro/vocab.h"
+#include "base/plot/draw0.h"
 
 bool IsProcessingQuickMacro = false;
 bool IsProcessingQuickMacroFile = false;
@@ -29,17 +32,9 @@ bool IsProcessingJournalCommand = false;
 bool StopPlayback = false;
 bool MacroLoadError = false;
 
-namespace {
+MacroFunction_s::~MacroFunction_s() { DeallocMacroCommandList(&Commands); }
 
-struct MacroFunction_s {
-    bool Retain = false;
-    bool ShowInMacroPanel = false;
-    char Mnemonic = 0;
-    char Keystroke = 0;
-    std::string Name;
-    MacroCommand_s *Commands = nullptr;
-    ~MacroFunction_s() { DeallocMacroCommandList(&Commands); }
-};
+namespace {
 
 struct CallFrame_s {
     MacroCommand_s *Current = nullptr;     // null when the list has run out
@@ -66,10 +61,21 @@ struct MacroState_s {
 
 std::vector<int> MacroVersionStack;
 
-MacroFunction_s *findFunction(const std::string &name) {
-    for (auto &function : MacroState.Functions)
-        if (ustrcmp(function->Name.c_str(), name.c_str()) == 0) return function.get();
-    return nullptr;
+MacroFunction_s *findFunction(const std::string &name) { return GetMacroFunctionPtr(name.c_str()); }
+
+// The suspensions in force when the current macro run began (a nested run keeps its caller's and
+// puts it back); what a run adds above them is undone when it ends.
+struct SuspensionLevels_s {
+    int Graphics = 0;
+    bool Interface = false;
+    bool StatusLine = false;
+    bool WorkArea = false;
+};
+SuspensionLevels_s RunBaseline;
+
+SuspensionLevels_s currentSuspensions() {
+    return SuspensionLevels_s{GraphicsSuspended, IsInterfaceSuspended(), IsStatusLineSuspended(),
+                              IsWorkAreaSuspended()};
 }
 
 void releaseFunction(MacroFunction_s *function) {
@@ -296,10 +302,14 @@ MacroCommand_s *nextBranch(MacroCommand_s *from) {
 // ---- running ------------------------------------------------------------------------------
 
 struct Runner {
+    // The running command with its variables expanded: what a run-time error shows. Null before
+    // the expansion (and for a quick macro call, which has no command).
+    const char *shown = nullptr;
+
     CallFrame_s &frame() { return MacroState.CallFrames[MacroState.CallLevel]; }
 
     bool fail(const char *message, const MacroCommand_s *c) {
-        ErrBadMacro(message, c->LineNumber, c->Command, true, c->Offset);
+        ErrBadMacro(message, c->LineNumber, shown != nullptr ? shown : c->Command, true, c->Offset);
         return false;
     }
 
@@ -370,6 +380,14 @@ struct Runner {
         if (!ScanCompressedForAssignOp(&p, c->LineNumber, expanded, &op) ||
             !ScanCompressedForDouble(&p, c->LineNumber, expanded, name.c_str(), &value, &suffixOp))
             return false;
+        if (suffixOp != AssignOp_Equals) {
+            if (op != AssignOp_Equals) return fail("Not allowed to use suffix if assignment is not simple =", c);
+            // A length given with a unit is stored in inches, the unit of the paper.
+            ModifyXValueWithSuffixToInchPaperUnits(&value, suffixOp == AssignOp_ConvertFromCm   ? Suffix_Cm
+                                                           : suffixOp == AssignOp_ConvertFromIn ? Suffix_In
+                                                           : suffixOp == AssignOp_ConvertFromPt ? Suffix_Pt
+                                                                                                : Suffix_Pix);
+        }
         double current = 0;
         if (sscanf(old.c_str(), "%lf", &current) != 1) current = 0;
         switch (op) {
@@ -607,7 +625,10 @@ struct Runner {
             }
             first = false;
             if (singleStep && !stepOver) StopPlayback = true;
+            MacroCurrentOffset = c->Offset;
+            shown = nullptr;
             if (!ExpandMacroVars(c->Command, c->LineNumber, frame().Parameters, &expanded)) return false;
+            shown = expanded.c_str();
             int index;
             MacroToken_e token;
             if (!QueryCompressedForMajorCommand(expanded.c_str(), &index, &token))
@@ -669,6 +690,44 @@ bool ReadMacroFileVersion(const char *fileName, int *version) {
 bool MacroHeaderOk(int version) { return version >= MacroVersionOldest && version <= MacroVersionCurrent; }
 
 // ---- state --------------------------------------------------------------------------------
+
+MacroFunction_s *GetMacroFunctionPtr(const char *name) {
+    if (name == nullptr) return nullptr;
+    for (auto &function : MacroState.Functions)
+        if (ustrcmp(function->Name.c_str(), name) == 0) return function.get();
+    return nullptr;
+}
+
+MacroFunction_s *GetMacroFunctionPtrByKeystroke(char key) {
+    if (key == '\0') return nullptr;
+    for (auto &function : MacroState.Functions)
+        if (tolower(static_cast<unsigned char>(function->Keystroke)) == tolower(static_cast<unsigned char>(key)))
+            return function.get();
+    return nullptr;
+}
+
+void ResetGraphicsStateAfterMacroProcessing() {
+    bool drawingBack = false;
+    while (GraphicsSuspended > RunBaseline.Graphics) {
+        UnsuspendGraphics();
+        drawingBack = true;
+    }
+    if (!RunBaseline.StatusLine)
+        while (IsStatusLineSuspended()) UnsuspendStatusLine();
+    if (!RunBaseline.WorkArea)
+        while (IsWorkAreaSuspended()) {
+            UnsuspendWorkArea();
+            drawingBack = true;
+        }
+    if (!RunBaseline.Interface)
+        while (IsInterfaceSuspended()) UnsuspendInterface();
+    if (ManualDoubleBuffer) {
+        if (ManualSwapRequired) Action_DoubleBuffer(DoubleBufferAction_Swap);
+        Action_DoubleBuffer(DoubleBufferAction_Off);
+    }
+    // What was not drawn while drawing was off is drawn at the next repair.
+    if (drawingBack) MarkEverythingForScreenUpdate();
+}
 
 bool InitMacros() {
     InitMacroVocabulary();
@@ -820,15 +879,24 @@ bool LoadAndRunMacro(const char *fileName, bool, bool warnOnRedefine, bool retai
         return false;
     }
     StopPlayback = DebugPlay;
-    return ProcessLinkedMacroList(interruptible, true, false, false, false);
+    SuspensionLevels_s outerBaseline = RunBaseline;
+    RunBaseline = currentSuspensions();
+    bool ran = ProcessLinkedMacroList(interruptible, true, false, false, false);
+    // A run that failed or reached its end (not one stopped to be stepped on) gives the drawing back.
+    if (!ran || MacroState.CallFrames[0].Current == nullptr || OrvanexIsQuitting)
+        ResetGraphicsStateAfterMacroProcessing();
+    RunBaseline = outerBaseline;
+    return ran;
 }
 
 bool ProcessLinkedMacroList(bool interruptible, bool restart, bool singleStep, bool stepOver, bool runToReturn) {
     UndoStateInvalidateUndo();
     UndoStateSuspendRecording();
     if (restart) rewind();
+    int outerOffset = MacroCurrentOffset;
     Runner runner;
     bool ok = runner.run(interruptible, singleStep, stepOver, runToReturn);
+    MacroCurrentOffset = outerOffset;
     UndoStateUnsuspendRecording();
     if (!ok) {
         StopPlayback = true;
@@ -898,7 +966,11 @@ bool ProcessQuickMacro(const char *functionName, const char *parameters) {
     MacroState.CallLevel++;
     MacroState.CallFrames[MacroState.CallLevel] = CallFrame_s{function->Commands, function, values};
     IsProcessingQuickMacro = true;
+    SuspensionLevels_s outerBaseline = RunBaseline;
+    RunBaseline = currentSuspensions();
     bool ok = function->Commands == nullptr || ProcessLinkedMacroList(false, false, false, true, true);
+    if (!ok) ResetGraphicsStateAfterMacroProcessing();
+    RunBaseline = outerBaseline;
     IsProcessingQuickMacro = false;
     while (MacroState.CallLevel > savedLevel) {
         MacroState.CallFrames[MacroState.CallLevel] = CallFrame_s{};
@@ -912,10 +984,8 @@ bool Action_RunMacroFunction(const char *name, const char *parameters) { return 
 
 bool Action_RunMacroFunctionByKeystroke(char key) {
     if (!isalnum(static_cast<unsigned char>(key))) return false;
-    for (const auto &function : MacroState.Functions)
-        if (tolower(static_cast<unsigned char>(function->Keystroke)) == tolower(static_cast<unsigned char>(key)))
-            return ProcessQuickMacro(function->Name.c_str(), nullptr);
-    return false;
+    MacroFunction_s *function = GetMacroFunctionPtrByKeystroke(key);
+    return function != nullptr && ProcessQuickMacro(function->Name.c_str(), nullptr);
 }
 
 bool Action_RunMacro(const char *fileName) {

@@ -2,7 +2,8 @@
 // macro and its macro functions, with include files read in place), checked for the shape of its
 // control words, and run by the interpreter, which decides the control commands itself and hands
 // every other command to the action layer or the style tree.
-// Relies on: macrocomp (reading and scanning commands), macrovar (variables), actcmd (actions).
+// Relies on: macrocomp (reading and scanning commands), macrovar (variables), actcmd (actions),
+// draw0 (the drawing suspensions a run gives back).
 #pragma once
 
 #include <cstdio>
@@ -37,6 +38,31 @@ bool GetFileMagic(FILE *file, const char *magic, int *version);
 bool ReadMacroFileVersion(const char *fileName, int *version);
 // True for versions 700 to 1100.
 bool MacroHeaderOk(int version);
+
+// A macro function: its body and how the quick macro panel shows it.
+struct MacroFunction_s {
+    bool Retain = false;            // survives the loading of another macro file
+    bool ShowInMacroPanel = false;  // listed in the quick macro panel; implies Retain
+    char Mnemonic = 0;              // panel mnemonic, or 0
+    char Keystroke = 0;             // hot key (0-9, a-z, A-Z), or 0
+    std::string Name;               // compared without regard to case
+    MacroCommand_s *Commands = nullptr;  // the body; owned
+    MacroFunction_s() = default;
+    MacroFunction_s(const MacroFunction_s &) = delete;
+    MacroFunction_s &operator=(const MacroFunction_s &) = delete;
+    ~MacroFunction_s();
+};
+
+// The function of that name (without regard to case), or null. The pointer stays valid until the
+// function is redefined or released.
+MacroFunction_s *GetMacroFunctionPtr(const char *name);
+// The first function whose keystroke is `key`, without regard to case, or null.
+MacroFunction_s *GetMacroFunctionPtrByKeystroke(char key);
+
+// After a macro run has failed or finished: undoes the graphics, interface, status line and work
+// area suspensions the macro left behind (those in force when the run began stay), and ends a
+// manual double buffer.
+void ResetGraphicsStateAfterMacroProcessing();
 
 // Clears the interpreter state and checks the vocabulary (once, at start-up).
 bool InitMacros();

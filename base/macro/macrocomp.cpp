@@ -20,6 +20,7 @@
 #include "base/macro/macrostate.h"
 
 std::vector<MacroCallFrame_s> MacroCallStack;
+int MacroCurrentOffset = -1;
 
 namespace {
 
@@ -921,10 +922,12 @@ std::string formatted(const char *format, ...) {
 
 // The traceback names every level from the innermost call out to the main macro. Level n > 0 runs
 // the function of MacroCallStack[n-1]; each level stands at a command: the failing one for the
-// innermost level (`line` and `offset` of the report), and for every other level the
-// $!RUNMACROFUNCTION through which it called the next, recorded in MacroCallStack[n] (for the
-// main macro, level 0, that is the first call).
+// innermost level (`line` and `offset` of the report; without an offset, the command the
+// interpreter is running), and for every other level the $!RUNMACROFUNCTION through which it
+// called the next, recorded in MacroCallStack[n] (for the main macro, level 0, that is the first
+// call).
 void ErrBadMacro(const char *message, int line, const char *command, bool isCompressed, int offset) {
+    if (offset < 0) offset = MacroCurrentOffset;
     std::string text;
     if (!isCompressed) text = "(PreProcessor): ";
     text += (message != nullptr && *message != '\0') ? message : "<Unknown Error>";
@@ -951,14 +954,15 @@ void ErrBadMacro(const char *message, int line, const char *command, bool isComp
         for (int level = callLevel; level >= 0; --level) {
             if (budgetLeft(text) < 71) break;
             int levelLine = level == callLevel ? line : MacroCallStack[level].LineNumber;
+            // Offsets count from 1; 0 stands for a position that no list gives (a quick macro call).
             int levelOffset = level == callLevel ? offset : MacroCallStack[level].Offset;
-            std::string offsetText = levelOffset >= 0 ? std::to_string(levelOffset) : std::string("?");
+            if (levelOffset < 0) levelOffset = 0;
             if (level == 0) {
-                text += formatted("0       %-4s       %-4d   MAIN", offsetText.c_str(), levelLine);
+                text += formatted("0       %-4d       %-4d   MAIN", levelOffset, levelLine);
                 break;
             }
             const MacroCallFrame_s &frame = MacroCallStack[level - 1];
-            text += formatted("%-3d     %-4s       %-4d   %.15s (", level, offsetText.c_str(), levelLine,
+            text += formatted("%-3d     %-4d       %-4d   %.15s (", level, levelOffset, levelLine,
                               frame.FunctionName.c_str());
             for (size_t i = 0; i < frame.Parameters.size(); ++i) {
                 if (i > 0) text += ',';

@@ -24,6 +24,10 @@ constexpr int MaxMacroCommandLength = 119999;
 constexpr int MaxMacroStringLength = 119995;
 // The longest name of a macro variable, between its bars.
 constexpr int MaxMacroVarNameLength = 30;
+// The largest member a set of a macro command may hold (one-based). No entity a set names comes
+// near it (zones and variables stop at 32,700, frames at 2,048, every line map carries a style of
+// its own), and a set of that size still takes only 2 MB.
+constexpr LgIndex_t MaxMacroSetMember = 16777216;
 // The number of entries a raw colour map may have.
 constexpr int MaxRawColorMapEntries = 800;
 // The number of segments of a line segment geometry in raw data.
@@ -111,7 +115,8 @@ bool IsCompressedCommand(const char *text);
 // command (compressed, or the raw text with isCompressed false: a "(PreProcessor): " error), and
 // the traceback of the macro function calls in progress (MacroCallStack), in at most 500
 // characters. The innermost level of the traceback stands at the failing command: `line`, and
-// `offset` (its position in its list; -1 when not known).
+// `offset` (its position in its list; -1 takes that of the command the interpreter is running,
+// MacroCurrentOffset).
 void ErrBadMacro(const char *message, int line, const char *command, bool isCompressed, int offset = -1);
 
 // ---- compressed text (macroscan.cpp) ----
@@ -131,8 +136,8 @@ bool QueryCompressedForMajorCommand(const char *text, int *index, MacroToken_e *
 bool ScanCompressedForInteger(const char **text, LgIndex_t *value);
 // A value of the enumerated set of `row`: a name of the set, or an integer that is a value of it.
 bool ScanCompressedForEnumValue(const char **text, int line, const char *command, int row, int *value);
-// [members]: a, a-b, a-b:c, one-based, commas optional. *set gets a new set (zero-based members)
-// that the caller deallocates.
+// [members]: a, a-b, a-b:c, one-based up to MaxMacroSetMember, commas optional. *set gets a new
+// set (zero-based members) that the caller deallocates.
 bool ScanCompressedForSet(const char **text, int line, const char *command, Set_a **set);
 // A quoted string with \\ and the escaped quote resolved into a new *result (newfree it).
 // refuseWhiteSpace refuses blanks, tabs and newlines in it.

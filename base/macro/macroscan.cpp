@@ -325,6 +325,7 @@ bool ScanCompressedForSet(const char **text, int line, const char *command, Set_
         return ScanCompressedForInteger(&p, &number) && (*value = number) >= 1;
     };
     bool ok = true;
+    LgIndex_t tooLarge = 0;  // a member above MaxMacroSetMember, if one was given
     for (;;) {
         while (isBlank(*p) || *p == ',') ++p;
         if (*p == ']') {
@@ -353,8 +354,19 @@ bool ScanCompressedForSet(const char **text, int line, const char *command, Set_
                 }
             }
         }
-        for (long long member = first; ok && member <= last; member += step)
-            ok = AddToSet(members, static_cast<SetIndex_t>(member - 1), true);
+        if (last > MaxMacroSetMember) {
+            tooLarge = last;
+            ok = false;
+            break;
+        }
+        // A range goes in a word at a time; a stepped one member by member into room made once.
+        if (step == 1) {
+            ok = AddRangeToSet(members, first - 1, last - 1, true);
+        } else {
+            ok = ExpandSet(members, last, true);
+            for (LgIndex_t member = first; ok && member <= last; member += step)
+                ok = AddToSet(members, member - 1, true);
+        }
         if (!ok) {
             DeallocSet(&members);
             return false;  // out of memory, reported
@@ -362,7 +374,11 @@ bool ScanCompressedForSet(const char **text, int line, const char *command, Set_
     }
     if (!ok) {
         DeallocSet(&members);
-        report("Invalid SET specifi" "cation.", line, command);  // the message, split only in the source
+        std::string message = "Invalid SET specifi" "cation.";  // the message, split only in the source
+        if (tooLarge > 0)
+            message += "\nSet member " + std::to_string(tooLarge) + " is above the largest allowed, " +
+                       std::to_string(MaxMacroSetMember) + ".";
+        report(message, line, command);
         return false;
     }
     *set = members;
@@ -622,7 +638,7 @@ bool GetAssignedValueForSetValueCommand(int row, const char **text, int line, co
 namespace {
 
 enum class CTok { End, Action, Control, SetValue, SubStart, SubEnd, Comma, String, Variable, AssignOp, RelOp, Set,
-                  Expression, Number, Minus, Bad };
+                  Expression, Number, Minus, Word, Bad };
 
 struct CToken {
     CTok kind = CTok::End;
@@ -714,6 +730,11 @@ CToken nextCompressedToken(const char **cursor, bool callParameters) {
         }
     } else if (c == '-' && !isDigitChar(p[1]) && !(p[1] == '.' && isDigitChar(p[2]))) {
         token.kind = CTok::Minus, ++p;
+    } else if (isLetter(c)) {
+        // Only an expanded command holds a word: the value of a variable, such as the name of an
+        // enumerated value, written as it stands.
+        while (isAlnumChar(*p) || *p == '_') ++p;
+        token.kind = CTok::Word;
     } else {
         double value = 0.0;
         if (ScanForReal(&p, &value)) {
@@ -816,6 +837,7 @@ class Uncompressor {
                 case CTok::Number:
                 case CTok::Set:
                 case CTok::Expression:
+                case CTok::Word:
                     if (!item(token.text)) return false;
                     break;
                 case CTok::AssignOp:
@@ -893,7 +915,7 @@ class Uncompressor {
     // An enumerated value by its name.
     bool enumName(int row) {
         CToken token = peek();
-        if (token.kind == CTok::Variable) {
+        if (token.kind == CTok::Variable || token.kind == CTok::Word) {
             next();
             return item(token.text);
         }
@@ -913,12 +935,13 @@ class Uncompressor {
         if (ActionCommandSyntaxList[majorIndex_].Form != ActionArgForm_GroupAndMandatory) return enumName(row);
         const char *valueAt = p_;
         CToken value = peek();
-        if (value.kind == CTok::Number || value.kind == CTok::Variable) next();
+        bool valueFirst = value.kind == CTok::Number || value.kind == CTok::Variable || value.kind == CTok::Word;
+        if (valueFirst) next();
         if (!groupNumber()) return false;
         const char *afterGroup = p_;
         p_ = valueAt;
         if (!enumName(row)) return false;
-        if (value.kind == CTok::Number || value.kind == CTok::Variable) p_ = afterGroup;
+        if (valueFirst) p_ = afterGroup;
         return true;
     }
 

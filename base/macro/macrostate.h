@@ -1,5 +1,6 @@
 // The state of a macro run that the scanner and the interpreter share: the stack of macro function
-// calls in progress, which the error reporter of the scanner writes out as a call traceback.
+// calls in progress, which the error reporter of the scanner writes out as a call traceback, and
+// the position of the command being run, which that traceback shows for the innermost level.
 // Relies on nothing but the standard library.
 #pragma once
 
@@ -18,3 +19,8 @@ struct MacroCallFrame_s {
 
 // The macro function calls in progress, outermost first; CallLevel is its size.
 extern std::vector<MacroCallFrame_s> MacroCallStack;
+
+// The position in its list (from 1) of the command the interpreter is running, or -1 while none
+// runs. The interpreter sets it before it expands a command, so that an error reported by any
+// layer below (expansion, scanners, expressions, action handlers) names the command's offset.
+extern int MacroCurrentOffset;

@@ -156,12 +156,13 @@ bool StrFromDouble(const std::string &format, double value, std::string *result,
     char type = format.back();
     char buffer[512];
     if (type == 'd') {
-        double rounded = value + (value >= 0 ? 0.499 : -0.499);
-        if (rounded > 2147483646.0 || rounded < -2147483646.0) {
+        // The range is that of the value; rounding away from zero follows.
+        if (!(value <= 2147483646.0 && value >= -2147483646.0)) {
             *error = "Value out of range to apply integer formatting.";
             return false;
         }
-        snprintf(buffer, sizeof(buffer), format.c_str(), int(rounded));
+        double rounded = value + (value >= 0 ? 0.499 : -0.499);
+        snprintf(buffer, sizeof(buffer), format.c_str(), int(std::trunc(rounded)));
     } else if (strchr("eEfgG", type) != nullptr) {
         snprintf(buffer, sizeof(buffer), format.c_str(), value);
     } else {
@@ -858,5 +859,7 @@ bool ExpandMacroVars(const char *command, int line, const std::vector<std::strin
         if (expanded->size() > size_t(MaxMacroCommandLength))
             return fail("Macro command too large after expanding macro variables.");
     }
+    // Text copied after the last value counts as well.
+    if (expanded->size() > size_t(MaxMacroCommandLength)) return fail("Macro command too large after expanding macro variables.");
     return true;
 }

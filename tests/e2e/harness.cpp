@@ -145,6 +145,18 @@ std::vector<std::string> EchoedLines(const std::string &log) {
     return lines;
 }
 
+std::string EchoCommand(const std::string &text) { return "$!INTERNAL \"ECHO = " + text + "\"\n"; }
+
+MacroRun RunMacro(Scratch &s, const std::string &body, const std::vector<std::string> &extra) {
+    s.write("run.mcr", "#!MC 1100\n" + body);
+    std::vector<std::string> args{"-b", "run.mcr"};
+    args.insert(args.end(), extra.begin(), extra.end());
+    MacroRun run;
+    run.result = s.run(args);
+    run.log = s.read("batch.log");
+    return run;
+}
+
 std::string RunShell(const std::string &command) {
     FILE *pipe = popen(command.c_str(), "r");
     std::string out;

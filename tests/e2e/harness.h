@@ -64,3 +64,13 @@ std::string RunPython(const Scratch &s, const std::string &program);
 std::vector<std::string> Lines(const std::string &text);
 // The lines a macro wrote with $!INTERNAL "ECHO = ...", without the "= ".
 std::vector<std::string> EchoedLines(const std::string &log);
+// The macro command that writes "= text" to the log.
+std::string EchoCommand(const std::string &text);
+
+// A batch run of a macro body (the header line is put in front, so the body starts on line 2)
+// with its batch log.
+struct MacroRun {
+    RunResult result;
+    std::string log;
+};
+MacroRun RunMacro(Scratch &s, const std::string &body, const std::vector<std::string> &extra = {});

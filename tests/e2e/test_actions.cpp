@@ -22,21 +22,19 @@ std::string runLog(Scratch &s, const std::string &body, const std::vector<std::s
     return s.read("batch.log");
 }
 
-std::string echo(const std::string &text) { return "$!INTERNAL \"ECHO = " + text + "\"\n"; }
-
 TEST(ActionsE2E, ZoneCreatorsStartADataSetInAnEmptyFrame) {
     Scratch s;
     std::string log = runLog(s, "$!CREATERECTANGULARZONE IMAX = 3 JMAX = 2 X1 = 0 X2 = 2 Y1 = 5 Y2 = 6\n" +
-                                    echo("|NUMZONES| |NUMVARS| |ZONENAME[1]|") +
+                                    EchoCommand("|NUMZONES| |NUMVARS| |ZONENAME[1]|") +
                                     "$!GETFIELDVALUE |A| ZONE = 1 VAR = 1 INDEX = 3\n"
                                     "$!GETFIELDVALUE |B| ZONE = 1 VAR = 2 INDEX = 4\n" +
-                                    echo("|A| |B|"));
+                                    EchoCommand("|A| |B|"));
     // X runs 0, 1, 2 along I; the second J row (index 4) is at Y = 6.
     EXPECT_EQ(EchoedLines(log), (std::vector<std::string>{"1 2 Rectangular zone", "2 6"})) << log;
 
     // A zone in K needs the third variable.
-    log = runLog(s, "$!CREATECIRCULARZONE IMAX = 2 JMAX = 5 KMAX = 2 RADIUS = 2\n" + echo("|NUMZONES| |NUMVARS|") +
-                        "$!GETFIELDVALUE |R| ZONE = 1 VAR = 1 INDEX = 4\n" + echo("|R|"));
+    log = runLog(s, "$!CREATECIRCULARZONE IMAX = 2 JMAX = 5 KMAX = 2 RADIUS = 2\n" + EchoCommand("|NUMZONES| |NUMVARS|") +
+                        "$!GETFIELDVALUE |R| ZONE = 1 VAR = 1 INDEX = 4\n" + EchoCommand("|R|"));
     // Point 4 is I = 2 (the rim) at J = 2, a quarter turn: X is exactly 0.
     EXPECT_EQ(EchoedLines(log), (std::vector<std::string>{"1 3", "0"})) << log;
 }
@@ -44,11 +42,11 @@ TEST(ActionsE2E, ZoneCreatorsStartADataSetInAnEmptyFrame) {
 TEST(ActionsE2E, SimpleZonesComeFromTheirRawData) {
     Scratch s;
     std::string log = runLog(s, "$!CREATESIMPLEZONE\nRAWDATA\n3 2\n1 10\n2 20\n3 30\n" +
-                                    echo("|NUMZONES| |NUMVARS| |ZONENAME[1]| |MINVAR[2]| |MAXVAR[2]| |MAXI|") +
-                                    "$!CREATESIMPLEXYZONE\nRAWDATA\n2\n7 70\n8 80\n" + echo("|NUMZONES| |MAXVAR[2]|"));
+                                    EchoCommand("|NUMZONES| |NUMVARS| |ZONENAME[1]| |MINVAR[2]| |MAXVAR[2]| |MAXI|") +
+                                    "$!CREATESIMPLEXYZONE\nRAWDATA\n2\n7 70\n8 80\n" + EchoCommand("|NUMZONES| |MAXVAR[2]|"));
     EXPECT_EQ(EchoedLines(log), (std::vector<std::string>{"1 2 Enter Values 10 30 3", "2 80"})) << log;
 
-    log = runLog(s, "$!CREATESIMPLEZONE\n" + echo("after"));
+    log = runLog(s, "$!CREATESIMPLEZONE\n" + EchoCommand("after"));
     EXPECT_TRUE(HoldsMessage(log, "Missing RAWDATA sub-option(s) in $!CREATESIMPLEZONE Command.")) << log;
     EXPECT_TRUE(EchoedLines(log).empty());
 }
@@ -65,7 +63,7 @@ TEST(ActionsE2E, StyleRowsNamingVariablesMustNameOnesThatExist) {
         {"$!GLOBALSCATTER VAR = 77", "Variable not in current data set", "GLOBALSCATTER VAR"},
     };
     for (const Case &c : cases) {
-        std::string log = runLog(s, "$!READDATASET '\"four.dat\"'\n" + c.command + "\n" + echo("after"));
+        std::string log = runLog(s, "$!READDATASET '\"four.dat\"'\n" + c.command + "\n" + EchoCommand("after"));
         EXPECT_TRUE(HoldsMessage(log, c.message)) << c.command << "\n" << log;
         EXPECT_TRUE(EchoedLines(log).empty()) << c.command;
     }
@@ -78,14 +76,14 @@ TEST(ActionsE2E, StyleRowsNamingVariablesMustNameOnesThatExist) {
     EXPECT_TRUE(HoldsMessage(log, "Variable not in current data set")) << log;
 
     // Without a data set there is nothing to name.
-    log = runLog(s, "$!GLOBALTWODVECTOR UVAR = 2\n" + echo("after"));
+    log = runLog(s, "$!GLOBALTWODVECTOR UVAR = 2\n" + EchoCommand("after"));
     EXPECT_TRUE(HoldsMessage(log, "Current frame must have an attached data set.")) << log;
 }
 
 TEST(ActionsE2E, LayersNeedTheContourGroupTheyColourBy) {
     Scratch s;
     for (const std::string &command : {"$!FIELDMAP [1] CONTOUR { LINECONTOURGROUP = 2 }", "$!FIELDMAP [1] MESH { COLOR = MULTI2 }"}) {
-        std::string log = runLog(s, "$!READDATASET '\"four.dat\"'\n$!PLOTTYPE = CARTESIAN2D\n" + command + "\n" + echo("after"));
+        std::string log = runLog(s, "$!READDATASET '\"four.dat\"'\n$!PLOTTYPE = CARTESIAN2D\n" + command + "\n" + EchoCommand("after"));
         EXPECT_TRUE(HoldsMessage(log, "Cannot use the selected contour group. Contour variable not assigned.")) << log;
         EXPECT_TRUE(EchoedLines(log).empty()) << command;
     }
@@ -93,7 +91,7 @@ TEST(ActionsE2E, LayersNeedTheContourGroupTheyColourBy) {
     std::string log = runLog(s, "$!READDATASET '\"four.dat\"'\n$!PLOTTYPE = CARTESIAN2D\n"
                                 "$!GLOBALCONTOUR 2 VAR = 3\n$!FIELDMAP [1] MESH { COLOR = MULTI2 }\n"
                                 "$!GLOBALCONTOUR 1 VAR = 4\n" +
-                                echo("|ZONEMESHCOLOR[1]| |ZONEMESHCOLOR[2]| |MINC| |MAXC|"));
+                                EchoCommand("|ZONEMESHCOLOR[1]| |ZONEMESHCOLOR[2]| |MINC| |MAXC|"));
     ASSERT_EQ(EchoedLines(log).size(), 1u) << log;
     std::string line = EchoedLines(log)[0];
     EXPECT_EQ(line.substr(0, 7), "MULTI2 ") << line;
@@ -105,7 +103,7 @@ TEST(ActionsE2E, ANewBackgroundTradesColoursWithTheOld) {
     std::string log = runLog(s, "$!READDATASET '\"four.dat\"'\n$!PLOTTYPE = CARTESIAN2D\n"
                                 "$!FIELDMAP [1] MESH { COLOR = RED }\n$!FIELDMAP [2] MESH { COLOR = WHITE }\n"
                                 "$!BASETEXT COLOR = BLUE\n$!SETFRAMEBACKGROUNDCOLOR RED\n" +
-                                echo("|ZONEMESHCOLOR[1]| |ZONEMESHCOLOR[2]|") +
+                                EchoCommand("|ZONEMESHCOLOR[1]| |ZONEMESHCOLOR[2]|") +
                                 "$!INTERNAL \"GETVALUE FRAMELAYOUT BACKGROUNDCOLOR\"\n"
                                 "$!INTERNAL \"GETVALUE BASETEXT COLOR\"\n");
     // Red on a red background would vanish: it becomes the old white, and white becomes red.
@@ -137,14 +135,14 @@ TEST(ActionsE2E, LineMapsShiftToTheTopAndBottom) {
 
 TEST(ActionsE2E, DialogsAndPromptsInBatchMode) {
     Scratch s;
-    std::string log = runLog(s, "$!LAUNCHDIALOG MACROVIEWER\n$!DROPDIALOG MACROVIEWER\n" + echo("after dialogs") +
-                                    "$!PROMPTFORYESNO |A|\n  INSTRUCTIONS = \"Go on?\"\n" + echo("after prompt"));
+    std::string log = runLog(s, "$!LAUNCHDIALOG MACROVIEWER\n$!DROPDIALOG MACROVIEWER\n" + EchoCommand("after dialogs") +
+                                    "$!PROMPTFORYESNO |A|\n  INSTRUCTIONS = \"Go on?\"\n" + EchoCommand("after prompt"));
     EXPECT_EQ(EchoedLines(log), (std::vector<std::string>{"after dialogs"})) << log;
     EXPECT_NE(log.find("ACTION: LAUNCHDIALOG\nACTION: DROPDIALOG\n"), std::string::npos) << log;
     EXPECT_TRUE(HoldsMessage(log, "User prompting not allowed while Orvanex is in batch mode or when graphics are suspended."))
         << log;
     for (const std::string &command : {"$!GETUSERINPUT |A|", "$!PROMPTFORTEXTSTRING |A|", "$!PROMPTFORFILENAME |A|"}) {
-        log = runLog(s, command + "\n" + echo("after"));
+        log = runLog(s, command + "\n" + EchoCommand("after"));
         EXPECT_TRUE(HoldsMessage(log, "User prompting not allowed")) << command << "\n" << log;
         EXPECT_TRUE(EchoedLines(log).empty()) << command;
     }
@@ -155,7 +153,7 @@ TEST(ActionsE2E, ActionLineComesAfterTheCheck) {
     std::string log = runLog(s, "$!CREATENEWFRAME XYPOS { X = 1 Y = 1 } WIDTH = 0.01 HEIGHT = 3\n");
     EXPECT_TRUE(HoldsMessage(log, "Invalid frame position and/or dimensions")) << log;
     EXPECT_EQ(log.find("ACTION: CREATENEWFRAME"), std::string::npos) << log;
-    log = runLog(s, "$!CREATENEWFRAME XYPOS { X = 1 Y = 1 } WIDTH = 2 HEIGHT = 3\n" + echo("|NUMFRAMES|"));
+    log = runLog(s, "$!CREATENEWFRAME XYPOS { X = 1 Y = 1 } WIDTH = 2 HEIGHT = 3\n" + EchoCommand("|NUMFRAMES|"));
     EXPECT_NE(log.find("ACTION: CREATENEWFRAME\n= 2\n"), std::string::npos) << log;
     // A number too large for a path entry is refused, not a crash.
     log = runLog(s, "$!INTERNAL \"GETVALUE GLOBALCONTOUR 99999999999 VAR\"\n");
@@ -191,7 +189,7 @@ TEST(ActionsE2E, ConfigurationFileRefusalsEndInOneWarning) {
 TEST(ActionsE2E, ConfiguredLimitsBoundTheirChecks) {
     Scratch s;
     s.write("run.mcr", "#!MC 1100\n$!READDATASET '\"four.dat\"'\n$!GLOBALCONTOUR 1 DEFNUMLEVELS = 1000\n" +
-                           echo("after levels"));
+                           EchoCommand("after levels"));
     s.write("four.dat", kFourVars);
     // The factory limit of 400 contour levels refuses 1000 ...
     s.run({"-b", "run.mcr"});
@@ -232,7 +230,7 @@ TEST(ActionsE2E, MalformedSetCommandsNameWhatIsWrong) {
         {"$!GLOBALCONTOUR 9 VAR = 1", "Invalid value global contour index"},
     };
     for (const Case &c : cases) {
-        std::string log = runLog(s, "$!READDATASET '\"four.dat\"'\n" + c.command + "\n" + echo("after"));
+        std::string log = runLog(s, "$!READDATASET '\"four.dat\"'\n" + c.command + "\n" + EchoCommand("after"));
         EXPECT_TRUE(HoldsMessage(log, c.message)) << c.command << "\n" << log;
         EXPECT_NE(log.find("starting on line 3:"), std::string::npos) << c.command;
         EXPECT_TRUE(EchoedLines(log).empty()) << c.command;

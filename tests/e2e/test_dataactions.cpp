@@ -8,7 +8,6 @@ namespace {
 
 const char *kTwoZones = "TITLE = \"two\"\nVARIABLES = X Y\nZONE T=\"a\" I=3\n1 10\n2 20\n3 30\nZONE T=\"b\" I=3\n4 40\n5 50\n6 60\n";
 
-std::vector<std::string> echoes(const std::string &log) { return EchoedLines(log); }
 
 std::string runLog(Scratch &s, const std::string &body) {
     s.write("two.dat", kTwoZones);
@@ -33,7 +32,7 @@ TEST(DataActionsE2E, ZonesAreCreatedDuplicatedMirroredAndDeleted) {
                                 "$!INTERNAL \"ECHO = |D| |NUMZONES| |M|\"\n"
                                 "$!DELETEZONES [3-5]\n"
                                 "$!INTERNAL \"ECHO = |NUMZONES|\"\n");
-    EXPECT_EQ(echoes(log), (std::vector<std::string>{"3 2 6 3 ", "4 SubZone", "20 5 -60", "2"})) << log;
+    EXPECT_EQ(EchoedLines(log), (std::vector<std::string>{"3 2 6 3 ", "4 SubZone", "20 5 -60", "2"})) << log;
 }
 
 TEST(DataActionsE2E, ValuesNamesTitleAndAuxiliaryData) {
@@ -55,7 +54,7 @@ TEST(DataActionsE2E, ValuesNamesTitleAndAuxiliaryData) {
                   "$!INTERNAL \"ECHO = |AUXZONE[1]:Common.Note| |R| |AUXDATASET:Run|\"\n"
                   "$!DELETEAUXDATA AUXDATALOCATION = DATASET NAME = \"Run\"\n"
                   "$!GETAUXDATA |R| AUXDATALOCATION = DATASET NAME = \"Run\"\n");
-    EXPECT_EQ(echoes(log), (std::vector<std::string>{"99.5 Pressure inlet renamed 2 ORDERED NODAL", "hi there 7 7"}))
+    EXPECT_EQ(EchoedLines(log), (std::vector<std::string>{"99.5 Pressure inlet renamed 2 ORDERED NODAL", "hi there 7 7"}))
         << log;
     EXPECT_TRUE(HoldsMessage(log, "Auxiliary data item Run does not exist.")) << log;
     EXPECT_NE(log.find("ACTION: SETDATASETTITLE renamed\n"), std::string::npos) << log;
@@ -72,7 +71,7 @@ TEST(DataActionsE2E, SharingAndBranching) {
                                 "$!SETFIELDVALUE ZONE = 2 VAR = 2 INDEX = 2 FIELDVALUE = 0\n"
                                 "$!GETFIELDVALUE |W| ZONE = 1 VAR = 2 INDEX = 2\n"
                                 "$!INTERNAL \"ECHO = |C| |V| |D| |W|\"\n");
-    EXPECT_EQ(echoes(log), (std::vector<std::string>{"2 20 1 20"})) << log;
+    EXPECT_EQ(EchoedLines(log), (std::vector<std::string>{"2 20 1 20"})) << log;
 }
 
 TEST(DataActionsE2E, RefusalsWithoutDataAndBadNumbers) {
@@ -92,7 +91,7 @@ TEST(DataActionsE2E, RefusalsWithoutDataAndBadNumbers) {
         s.run({"-b", "run.mcr"});
         std::string log = s.read("batch.log");
         EXPECT_TRUE(HoldsMessage(log, c.message)) << c.command << "\n" << log;
-        EXPECT_TRUE(echoes(log).empty()) << c.command;
+        EXPECT_TRUE(EchoedLines(log).empty()) << c.command;
     }
     std::string log = runLog(s, "$!READDATASET '\"two.dat\"'\n$!GETFIELDVALUE |A| ZONE = 9 VAR = 1 INDEX = 1\n");
     EXPECT_TRUE(HoldsMessage(log, "Invalid zone number: 9.")) << log;

@@ -38,30 +38,17 @@ void writeDataFile(const std::string &path, EntIndex_t numVars, double base = 0.
     DeallocDataSet(&dataSet);
 }
 
-std::string echo(const std::string &text) { return "$!INTERNAL \"ECHO = " + text + "\"\n"; }
-
-// The ECHO lines of a log, in order.
-std::vector<std::string> echoes(const std::string &log) {
-    std::vector<std::string> lines;
-    for (const std::string &line : Lines(log))
-        if (line.rfind("= ", 0) == 0) lines.push_back(line.substr(2));
-    return lines;
-}
-
-// Runs the macro body (a header is put in front) with the further arguments; gives the batch log.
+// Runs the macro body with the further arguments; gives the batch log.
 std::string runMacro(Scratch &s, const std::string &body, std::vector<std::string> extra = {}) {
-    s.write("run.mcr", std::string(kMacro) + body);
-    std::vector<std::string> args{"-b", "run.mcr"};
-    args.insert(args.end(), extra.begin(), extra.end());
-    RunResult run = s.run(args);
-    EXPECT_EQ(run.exitCode, 0);
-    return s.read("batch.log");
+    MacroRun run = RunMacro(s, body, extra);
+    EXPECT_EQ(run.result.exitCode, 0);
+    return run.log;
 }
 
 // Shows the zone and variable counts and one value of the loaded data.
 std::string showLoad(int zone, int var, int index) {
     return "$!GETFIELDVALUE |V| ZONE = " + std::to_string(zone) + " VAR = " + std::to_string(var) +
-           " INDEX = " + std::to_string(index) + "\n" + echo("|NUMZONES| |NUMVARS| |V|");
+           " INDEX = " + std::to_string(index) + "\n" + EchoCommand("|NUMZONES| |NUMVARS| |V|");
 }
 
 std::vector<std::string> errorLines(const std::string &log) {
@@ -78,14 +65,14 @@ TEST(CommandLineData, BinaryFilesLoadAndJoin) {
     // Point 4 (index 5 one-based) of V2 in a.plt: 100 + 10 + 4.
     std::string log = runMacro(s, showLoad(1, 2, 5), {"a.plt"});
     EXPECT_TRUE(errorLines(log).empty()) << log;
-    EXPECT_EQ(echoes(log), (std::vector<std::string>{"1 2 114"})) << log;
+    EXPECT_EQ(EchoedLines(log), (std::vector<std::string>{"1 2 114"})) << log;
     // Joined by "+": one data set of both files' zones, the second zone from b.plt.
     s.write("run.mcr", std::string(kMacro) + showLoad(2, 1, 3));
     RunResult joined = s.run({"-b", "run.mcr", "a.plt+b.plt", "-DEBUG"});
     EXPECT_EQ(joined.exitCode, 0);
     log = s.read("batch.log");
     EXPECT_TRUE(errorLines(log).empty()) << log;
-    EXPECT_EQ(echoes(log), (std::vector<std::string>{"2 2 202"})) << log;
+    EXPECT_EQ(EchoedLines(log), (std::vector<std::string>{"2 2 202"})) << log;
     EXPECT_NE(joined.err.find("Opening File: " + s.path("b.plt")), std::string::npos) << joined.err;
     // The load itself logs one action line, with the files joined by "+" when it fits.
     std::string both = "ACTION: READDATASET " + s.path("a.plt") + "+" + s.path("b.plt");
@@ -98,11 +85,11 @@ TEST(CommandLineData, BinaryFilesLoadAndJoin) {
     writeDataFile(s.path("three.plt"), 3, 300.0);
     log = runMacro(s, showLoad(2, 2, 6), {"a.plt+three.plt"});
     EXPECT_TRUE(errorLines(log).empty()) << log;
-    EXPECT_EQ(echoes(log), (std::vector<std::string>{"2 2 315"})) << log;
+    EXPECT_EQ(EchoedLines(log), (std::vector<std::string>{"2 2 315"})) << log;
     // -DATAFILE names a file the same way.
     log = runMacro(s, showLoad(1, 1, 2), {"-DATAFILE", "b.plt"});
     EXPECT_TRUE(errorLines(log).empty()) << log;
-    EXPECT_EQ(echoes(log), (std::vector<std::string>{"1 2 201"})) << log;
+    EXPECT_EQ(EchoedLines(log), (std::vector<std::string>{"1 2 201"})) << log;
 }
 
 TEST(CommandLineData, UnknownReaderIsTold) {
@@ -120,7 +107,7 @@ TEST(CommandLineData, TextFilesAreConvertedAndLoaded) {
     writeDataFile(s.path("b.plt"), 2, 50.0);
     std::string log = runMacro(s, showLoad(1, 2, 2) + showLoad(2, 2, 6), {"a.dat+b.plt"});
     EXPECT_TRUE(errorLines(log).empty()) << log;
-    EXPECT_EQ(echoes(log), (std::vector<std::string>{"2 2 4", "2 2 65"})) << log;
+    EXPECT_EQ(EchoedLines(log), (std::vector<std::string>{"2 2 4", "2 2 65"})) << log;
     EXPECT_TRUE(s.tmpEntries().empty());
 }
 
@@ -174,11 +161,11 @@ TEST(DataLoadE2E, AppendByPositionEvensOutTheVariables) {
     s.write("xyp.dat", "VARIABLES = X Y P\nZONE I=1\n7 8 9\n");
     std::string log = runMacro(s, "$!READDATASET '\"two.dat\"'\n"
                                   "$!READDATASET '\"xyp.dat\"' READDATAOPTION = APPEND VARLOADMODE = BYPOSITION\n" +
-                                      echo("|NUMZONES| |NUMVARS| |VARNAME[3]|") + showLoad(3, 3, 1) + showLoad(1, 3, 2) +
+                                      EchoCommand("|NUMZONES| |NUMVARS| |VARNAME[3]|") + showLoad(3, 3, 1) + showLoad(1, 3, 2) +
                                       showLoad(3, 1, 1));
     EXPECT_TRUE(errorLines(log).empty()) << log;
     // P joins the old zones as a passive variable, which reads as zero.
-    EXPECT_EQ(echoes(log), (std::vector<std::string>{"3 3 P", "3 3 9", "3 3 0", "3 3 7"})) << log;
+    EXPECT_EQ(EchoedLines(log), (std::vector<std::string>{"3 3 P", "3 3 9", "3 3 0", "3 3 7"})) << log;
 }
 
 TEST(DataLoadE2E, ReplaceByNameChecksTheNamesOfThePresentData) {
@@ -199,16 +186,16 @@ TEST(DataLoadE2E, ReplaceByNameChecksTheNamesOfThePresentData) {
     };
     for (const Case &c : refused) {
         std::string log = runMacro(s, "$!READDATASET '\"two.dat\"'\n$!READDATASET '\"xq.dat\"' READDATAOPTION = REPLACE " +
-                                          c.options + "\n" + echo("after"));
+                                          c.options + "\n" + EchoCommand("after"));
         EXPECT_TRUE(HoldsMessage(log, c.message)) << c.options << "\n" << log;
-        EXPECT_TRUE(echoes(log).empty()) << c.options;
+        EXPECT_TRUE(EchoedLines(log).empty()) << c.options;
     }
     // "Y" is one of the aliases of the second name, which maps Q of the file.
     std::string log = runMacro(s, "$!READDATASET '\"two.dat\"'\n$!READDATASET '\"xq.dat\"' READDATAOPTION = REPLACE "
                                   "VARNAMELIST = '\"X\" \"Y;Q\"'\n" +
-                                      echo("|VARNAME[2]|") + showLoad(1, 2, 1));
+                                      EchoCommand("|VARNAME[2]|") + showLoad(1, 2, 1));
     EXPECT_TRUE(errorLines(log).empty()) << log;
-    EXPECT_EQ(echoes(log), (std::vector<std::string>{"Y", "1 2 2"})) << log;
+    EXPECT_EQ(EchoedLines(log), (std::vector<std::string>{"Y", "1 2 2"})) << log;
 }
 
 TEST(DataLoadE2E, LoadFailuresAreTold) {
@@ -234,9 +221,9 @@ TEST(DataLoadE2E, LoadFailuresAreTold) {
          "Expecting a value after location I,J,K,Var = 2,1,1,2"},
     };
     for (const Case &c : cases) {
-        std::string log = runMacro(s, c.body + "\n" + echo("after"));
+        std::string log = runMacro(s, c.body + "\n" + EchoCommand("after"));
         EXPECT_TRUE(HoldsMessage(log, c.message)) << c.body << "\n" << log;
-        EXPECT_TRUE(echoes(log).empty()) << c.body;
+        EXPECT_TRUE(EchoedLines(log).empty()) << c.body;
         EXPECT_TRUE(s.tmpEntries().empty()) << c.body;
     }
 }
@@ -245,12 +232,12 @@ TEST(DataLoadE2E, TheLoadLogsOneActionLineWithTheFilesJoined) {
     Scratch s;
     s.write("two.dat", kTwoZones);
     s.write("one.dat", "VARIABLES = X Y\nZONE I=1\n1 2\n");
-    std::string log = runMacro(s, "$!READDATASET '\"two.dat\" \"one.dat\"'\n" + echo("|NUMZONES|"));
+    std::string log = runMacro(s, "$!READDATASET '\"two.dat\" \"one.dat\"'\n" + EchoCommand("|NUMZONES|"));
     std::vector<std::string> actions;
     for (const std::string &line : Lines(log))
         if (line.rfind("ACTION: READDATASET", 0) == 0) actions.push_back(line);
     EXPECT_EQ(actions, std::vector<std::string>{"ACTION: READDATASET two.dat+one.dat"}) << log;
-    EXPECT_EQ(echoes(log), std::vector<std::string>{"3"}) << log;
+    EXPECT_EQ(EchoedLines(log), std::vector<std::string>{"3"}) << log;
 }
 
 TEST(DataLoadE2E, ZoneListReadsEveryFilesHeader) {
@@ -258,20 +245,20 @@ TEST(DataLoadE2E, ZoneListReadsEveryFilesHeader) {
     s.write("two.dat", kTwoZones);
     s.write("second.dat", "TITLE = \"second\"\nVARIABLES = X Y\nZONE I=1\n7 70\n");
     std::string log = runMacro(s, "$!READDATASET '\"two.dat\" \"second.dat\"' ZONELIST = [1]\n" +
-                                      echo("|NUMZONES| |DATASETTITLE|") +
+                                      EchoCommand("|NUMZONES| |DATASETTITLE|") +
                                       "$!READDATASET '\"two.dat\" \"second.dat\"' ZONELIST = [3]\n" +
                                       showLoad(3, 2, 1));
     EXPECT_TRUE(errorLines(log).empty()) << log;
-    EXPECT_EQ(echoes(log), (std::vector<std::string>{"1 t | second", "3 2 70"})) << log;
+    EXPECT_EQ(EchoedLines(log), (std::vector<std::string>{"1 t | second", "3 2 70"})) << log;
 }
 
 TEST(DataLoadE2E, SkipNearTheLargestIndexKeepsFirstAndLast) {
     Scratch s;
     s.write("two.dat", kTwoZones);
-    std::string log = runMacro(s, "$!READDATASET '\"two.dat\"' IJKSKIP { I = 2147483646 }\n" + echo("|MAXI|") +
+    std::string log = runMacro(s, "$!READDATASET '\"two.dat\"' IJKSKIP { I = 2147483646 }\n" + EchoCommand("|MAXI|") +
                                       showLoad(1, 2, 2) + showLoad(2, 1, 2));
     EXPECT_TRUE(errorLines(log).empty()) << log;
-    EXPECT_EQ(echoes(log), (std::vector<std::string>{"2", "2 2 30", "2 2 5"})) << log;
+    EXPECT_EQ(EchoedLines(log), (std::vector<std::string>{"2", "2 2 30", "2 2 5"})) << log;
 }
 
 TEST(DataLoadE2E, StyleMayBeKeptOnceTheLastStrandIsGone) {
@@ -282,13 +269,13 @@ TEST(DataLoadE2E, StyleMayBeKeptOnceTheLastStrandIsGone) {
     std::string log = runMacro(s, "$!READDATASET '\"st.dat\"'\n$!DELETEZONES [1,2]\n$!PLOTTYPE = SKETCH\n"
                                   "$!READDATASET '\"stat.dat\"' RESETSTYLE = NO\n" + showLoad(1, 1, 1));
     EXPECT_TRUE(errorLines(log).empty()) << log;
-    EXPECT_EQ(echoes(log), (std::vector<std::string>{"1 2 4"})) << log;
+    EXPECT_EQ(EchoedLines(log), (std::vector<std::string>{"1 2 4"})) << log;
     // While a strand remains the style cannot be kept.
     log = runMacro(s, "$!READDATASET '\"st.dat\"'\n$!DELETEZONES [1]\n$!PLOTTYPE = SKETCH\n"
-                      "$!READDATASET '\"stat.dat\"' RESETSTYLE = NO\n" + echo("after"));
+                      "$!READDATASET '\"stat.dat\"' RESETSTYLE = NO\n" + EchoCommand("after"));
     EXPECT_TRUE(HoldsMessage(log, "Err: Orvanex cannot load data and retain plot style if the current style has strands."))
         << log;
-    EXPECT_TRUE(echoes(log).empty());
+    EXPECT_TRUE(EchoedLines(log).empty());
 }
 
 }  // namespace

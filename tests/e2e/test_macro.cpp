@@ -10,38 +10,11 @@
 
 namespace {
 
-// Runs the macro body (a header is put in front) and gives the lines the run added to the log
-// after its fixed opening lines.
-struct MacroRun {
-    RunResult result;
-    std::string log;
-};
-
-MacroRun runMacro(Scratch &s, const std::string &body, std::vector<std::string> extra = {}) {
-    s.write("run.mcr", "#!MC 1100\n" + body);
-    std::vector<std::string> args{"-b", "run.mcr"};
-    args.insert(args.end(), extra.begin(), extra.end());
-    MacroRun run;
-    run.result = s.run(args);
-    run.log = s.read("batch.log");
-    return run;
-}
-
-// The ECHO lines of a log, in order.
-std::vector<std::string> echoes(const std::string &log) {
-    std::vector<std::string> lines;
-    for (const std::string &line : Lines(log))
-        if (line.rfind("= ", 0) == 0) lines.push_back(line.substr(2));
-    return lines;
-}
-
-std::string echo(const std::string &text) { return "$!INTERNAL \"ECHO = " + text + "\"\n"; }
-
 // ---- control flow -------------------------------------------------------------------------
 
 TEST(MacroE2E, LoopsConditionsAndWhile) {
     Scratch s;
-    MacroRun run = runMacro(s, "$!VARSET |A| = 0\n"
+    MacroRun run = RunMacro(s, "$!VARSET |A| = 0\n"
                                "$!LOOP 4\n"
                                "  $!IF |LOOP| == 2\n"
                                "    $!CONTINUE\n"
@@ -51,14 +24,14 @@ TEST(MacroE2E, LoopsConditionsAndWhile) {
                                "    $!VARSET |A| += |LOOP|\n"
                                "  $!ENDIF\n"
                                "$!ENDLOOP\n" +
-                                   echo("|A|") +
-                                   "$!LOOP 0\n" + echo("never") + "$!ENDLOOP\n"
-                                   "$!LOOP -1\n" + echo("never") + "$!ENDLOOP\n"
+                                   EchoCommand("|A|") +
+                                   "$!LOOP 0\n" + EchoCommand("never") + "$!ENDLOOP\n"
+                                   "$!LOOP -1\n" + EchoCommand("never") + "$!ENDLOOP\n"
                                    "$!VARSET |W| = 1\n"
                                    "$!WHILE |W| < 100\n  $!VARSET |W| *= 3\n$!ENDWHILE\n" +
-                                   echo("|W|") + "$!IF \"a\" == \"A\"\n" + echo("case-blind") + "$!ENDIF\n");
+                                   EchoCommand("|W|") + "$!IF \"a\" == \"A\"\n" + EchoCommand("case-blind") + "$!ENDIF\n");
     EXPECT_EQ(run.result.exitCode, 0);
-    EXPECT_EQ(echoes(run.log), (std::vector<std::string>{"4", "243", "case-blind"})) << run.log;
+    EXPECT_EQ(EchoedLines(run.log), (std::vector<std::string>{"4", "243", "case-blind"})) << run.log;
 }
 
 TEST(MacroE2E, NestedLoopsUpToTenAndTheEleventhRefused) {
@@ -68,26 +41,26 @@ TEST(MacroE2E, NestedLoopsUpToTenAndTheEleventhRefused) {
         open += "$!LOOP 2\n";
         close += "$!ENDLOOP\n";
     }
-    MacroRun ten = runMacro(s, "$!VARSET |N| = 0\n" + open + "$!VARSET |N| += 1\n" + close + echo("|N|"));
-    EXPECT_EQ(echoes(ten.log), (std::vector<std::string>{"1024"})) << ten.log;
-    MacroRun eleven = runMacro(s, open + "$!LOOP 2\n$!VARSET |N| += 1\n$!ENDLOOP\n" + close + echo("after"));
+    MacroRun ten = RunMacro(s, "$!VARSET |N| = 0\n" + open + "$!VARSET |N| += 1\n" + close + EchoCommand("|N|"));
+    EXPECT_EQ(EchoedLines(ten.log), (std::vector<std::string>{"1024"})) << ten.log;
+    MacroRun eleven = RunMacro(s, open + "$!LOOP 2\n$!VARSET |N| += 1\n$!ENDLOOP\n" + close + EchoCommand("after"));
     EXPECT_TRUE(HoldsMessage(eleven.log, "Err: Too many nested loops\n\nError occurred in $! command\nstarting on line 12:"))
         << eleven.log;
-    EXPECT_TRUE(echoes(eleven.log).empty());
+    EXPECT_TRUE(EchoedLines(eleven.log).empty());
 }
 
 TEST(MacroE2E, FunctionsTakeParametersAndNestToEightLevels) {
     Scratch s;
-    MacroRun run = runMacro(s, "$!MACROFUNCTION NAME = \"Join\"\n"
+    MacroRun run = RunMacro(s, "$!MACROFUNCTION NAME = \"Join\"\n"
                                "  $!VARSET |J| = \"|1|-|2|\"\n"
                                "  $!LOOP 3\n    $!IF |LOOP| == 2\n      $!BREAK\n    $!ENDIF\n  $!ENDLOOP\n"
                                "$!ENDMACROFUNCTION\n"
-                               "$!MACROFUNCTION NAME = \"Third\"\n" + echo("|3|") + "$!VARSET |Z| = |3|\n" +
+                               "$!MACROFUNCTION NAME = \"Third\"\n" + EchoCommand("|3|") + "$!VARSET |Z| = |3|\n" +
                                    "$!ENDMACROFUNCTION\n"
                                    "$!RUNMACROFUNCTION \"JOIN\" (\"a b\", c )\n" +
-                                   echo("|J|") + "$!RUNMACROFUNCTION \"Third\" (1, 2)\n");
+                                   EchoCommand("|J|") + "$!RUNMACROFUNCTION \"Third\" (1, 2)\n");
     // |3| with only two parameters: in a string it stays as text, outside one it fails.
-    EXPECT_EQ(echoes(run.log), (std::vector<std::string>{"a b-c", "|3|"})) << run.log;
+    EXPECT_EQ(EchoedLines(run.log), (std::vector<std::string>{"a b-c", "|3|"})) << run.log;
     EXPECT_TRUE(HoldsMessage(run.log, "Err: Invalid or undefined macro variable.")) << run.log;
 
     std::string functions;
@@ -96,16 +69,16 @@ TEST(MacroE2E, FunctionsTakeParametersAndNestToEightLevels) {
         if (n < 9) functions += "$!RUNMACROFUNCTION \"F" + std::to_string(n + 1) + "\"\n";
         functions += "$!ENDMACROFUNCTION\n";
     }
-    MacroRun deep = runMacro(s, functions + "$!RUNMACROFUNCTION \"F2\"\n" + echo("eight deep") +
-                                    "$!RUNMACROFUNCTION \"F1\"\n" + echo("never"));
-    EXPECT_EQ(echoes(deep.log), (std::vector<std::string>{"eight deep"})) << deep.log;
+    MacroRun deep = RunMacro(s, functions + "$!RUNMACROFUNCTION \"F2\"\n" + EchoCommand("eight deep") +
+                                    "$!RUNMACROFUNCTION \"F1\"\n" + EchoCommand("never"));
+    EXPECT_EQ(EchoedLines(deep.log), (std::vector<std::string>{"eight deep"})) << deep.log;
     EXPECT_TRUE(HoldsMessage(deep.log, "Err: Too many nested macro calls")) << deep.log;
     EXPECT_TRUE(HoldsMessage(deep.log, "Call Traceback:")) << deep.log;
 
-    MacroRun recursive = runMacro(s, "$!MACROFUNCTION NAME = \"R\"\n$!RUNMACROFUNCTION \"r\"\n$!ENDMACROFUNCTION\n"
+    MacroRun recursive = RunMacro(s, "$!MACROFUNCTION NAME = \"R\"\n$!RUNMACROFUNCTION \"r\"\n$!ENDMACROFUNCTION\n"
                                      "$!RUNMACROFUNCTION \"R\"\n");
     EXPECT_TRUE(HoldsMessage(recursive.log, "Err: Recursive Macro Function Calls Not Allowed")) << recursive.log;
-    MacroRun missing = runMacro(s, "$!RUNMACROFUNCTION \"nope\"\n");
+    MacroRun missing = RunMacro(s, "$!RUNMACROFUNCTION \"nope\"\n");
     EXPECT_TRUE(HoldsMessage(missing.log, "Err: Invalid Macro Function Name: nope")) << missing.log;
 }
 
@@ -118,18 +91,18 @@ TEST(MacroE2E, IncludesNestFourDeepAndUseTheMacroPath) {
     }
     s.write("four.mcr", "#!MC 1100\n$!VARSET |DEPTH| = 4\n");
     s.write("inc4.mcr", "#!MC 1100\n$!VARSET |DEPTH| = 4\n");
-    MacroRun four = runMacro(s, "$!INCLUDEMACRO \"|MACROFILEPATH|/inc1.mcr\"\n" + echo("|DEPTH|"));
-    EXPECT_EQ(echoes(four.log), (std::vector<std::string>{"4"})) << four.log;
+    MacroRun four = RunMacro(s, "$!INCLUDEMACRO \"|MACROFILEPATH|/inc1.mcr\"\n" + EchoCommand("|DEPTH|"));
+    EXPECT_EQ(EchoedLines(four.log), (std::vector<std::string>{"4"})) << four.log;
 
     s.write("inc4.mcr", "#!MC 1100\n$!INCLUDEMACRO \"|MACROFILEPATH|/inc5.mcr\"\n");
-    MacroRun five = runMacro(s, "$!INCLUDEMACRO \"|MACROFILEPATH|/inc1.mcr\"\n" + echo("|DEPTH|"));
+    MacroRun five = RunMacro(s, "$!INCLUDEMACRO \"|MACROFILEPATH|/inc1.mcr\"\n" + EchoCommand("|DEPTH|"));
     EXPECT_TRUE(HoldsMessage(five.log, "Too many nested includes")) << five.log;
-    EXPECT_TRUE(echoes(five.log).empty()) << "a load error runs nothing";
+    EXPECT_TRUE(EchoedLines(five.log).empty()) << "a load error runs nothing";
 
     s.write("bad.mcr", "not a macro\n");
-    MacroRun bad = runMacro(s, "$!INCLUDEMACRO \"|MACROFILEPATH|/bad.mcr\"\n");
+    MacroRun bad = RunMacro(s, "$!INCLUDEMACRO \"|MACROFILEPATH|/bad.mcr\"\n");
     EXPECT_TRUE(HoldsMessage(bad.log, "INCLUDEMACRO file has invalid header")) << bad.log;
-    MacroRun gone = runMacro(s, "$!INCLUDEMACRO \"|MACROFILEPATH|/gone.mcr\"\n");
+    MacroRun gone = RunMacro(s, "$!INCLUDEMACRO \"|MACROFILEPATH|/gone.mcr\"\n");
     EXPECT_TRUE(HoldsMessage(gone.log, "Cannot open File in INCLUDEMACRO Command")) << gone.log;
 }
 
@@ -149,10 +122,10 @@ TEST(MacroE2E, FlowCheckRunsNothingWhenControlWordsDoNotMatch) {
         {"$!BREAK\n", "BREAK is not allowed outside of the context of a LOOP or a WHILE construct."},
     };
     for (const Case &c : cases) {
-        MacroRun run = runMacro(s, echo("before") + c.body);
+        MacroRun run = RunMacro(s, EchoCommand("before") + c.body);
         EXPECT_TRUE(HoldsMessage(run.log, c.message)) << c.body << run.log;
         if (c.body != "$!BREAK\n") {
-            EXPECT_TRUE(echoes(run.log).empty()) << c.body;
+            EXPECT_TRUE(EchoedLines(run.log).empty()) << c.body;
         }
     }
 }
@@ -162,13 +135,13 @@ TEST(MacroE2E, FlowCheckRunsNothingWhenControlWordsDoNotMatch) {
 TEST(MacroE2E, VariableFormatsDefaultsAndQuotes) {
     Scratch s;
     s.setEnv("ORVANEX_TEST_ENV", "from env");
-    MacroRun run = runMacro(s, "$!VARSET |A| = 3.14159\n"
+    MacroRun run = RunMacro(s, "$!VARSET |A| = 3.14159\n"
                                "$!VARSET |Q| = '\"x\"'\n"
                                "$!VARSET |S| = \"abcdefghij\"\n" +
-                                   echo("|A%.2f| |A%5d| |B:=5| |A:=5| |$ORVANEX_TEST_ENV| |S[++4]|") +
-                                   "$!VARSET |T| = \"|Q|\"\n$!INTERNAL 'ECHO = |T|'\n" + "$!VARSET |N| = (1/3)\n" + echo("|N|") +
-                                   echo("|S%3d|"));
-    std::vector<std::string> got = echoes(run.log);
+                                   EchoCommand("|A%.2f| |A%5d| |B:=5| |A:=5| |$ORVANEX_TEST_ENV| |S[++4]|") +
+                                   "$!VARSET |T| = \"|Q|\"\n$!INTERNAL 'ECHO = |T|'\n" + "$!VARSET |N| = (1/3)\n" + EchoCommand("|N|") +
+                                   EchoCommand("|S%3d|"));
+    std::vector<std::string> got = EchoedLines(run.log);
     ASSERT_GE(got.size(), 3u) << run.log;
     EXPECT_EQ(got[0], "3.14     3 5 3.14159 from env abcd...");
     EXPECT_EQ(got[1], "\"x\"");  // the outer quotes changed so that the string stayed whole
@@ -178,10 +151,10 @@ TEST(MacroE2E, VariableFormatsDefaultsAndQuotes) {
 
 TEST(MacroE2E, ExpressionsFollowPrecedenceAndReportErrors) {
     Scratch s;
-    MacroRun run = runMacro(s, "$!VARSET |A| = ((1<2 ? 3 : 4) + 1)\n$!VARSET |B| = (-2^2)\n$!VARSET |C| = (2^3^2)\n"
+    MacroRun run = RunMacro(s, "$!VARSET |A| = ((1<2 ? 3 : 4) + 1)\n$!VARSET |B| = (-2^2)\n$!VARSET |C| = (2^3^2)\n"
                                "$!VARSET |D| = (max(2, 7) % 4 + sqrt(16) * -1)\n" +
-                                   echo("|A| |B| |C| |D|") + "$!VARSET |E| = (7 % 0)\n" + echo("never"));
-    EXPECT_EQ(echoes(run.log), (std::vector<std::string>{"4 -4 512 -1"})) << run.log;
+                                   EchoCommand("|A| |B| |C| |D|") + "$!VARSET |E| = (7 % 0)\n" + EchoCommand("never"));
+    EXPECT_EQ(EchoedLines(run.log), (std::vector<std::string>{"4 -4 512 -1"})) << run.log;
     EXPECT_TRUE(HoldsMessage(run.log, "Expecting a non-zero denominator.")) << run.log;
     EXPECT_TRUE(HoldsMessage(run.log, "starting on line 7:")) << run.log;
 }
@@ -207,13 +180,13 @@ TEST(MacroE2E, AssignmentRulesAndTheirMessages) {
         {"$!FIELD [1] MESH { SHOW = NO }\n", "No data set available."},
     };
     for (const Case &c : cases) {
-        MacroRun run = runMacro(s, c.body + echo("after"));
+        MacroRun run = RunMacro(s, c.body + EchoCommand("after"));
         EXPECT_TRUE(HoldsMessage(run.log, c.message)) << c.body << run.log;
-        EXPECT_TRUE(echoes(run.log).empty()) << c.body << run.log;
+        EXPECT_TRUE(EchoedLines(run.log).empty()) << c.body << run.log;
         EXPECT_EQ(run.result.exitCode, 0);
     }
     // A division by zero leaves the variable as it was.
-    MacroRun kept = runMacro(s, "$!MACROFUNCTION NAME = \"D\"\n$!VARSET |A| /= 0\n$!ENDMACROFUNCTION\n"
+    MacroRun kept = RunMacro(s, "$!MACROFUNCTION NAME = \"D\"\n$!VARSET |A| /= 0\n$!ENDMACROFUNCTION\n"
                                 "$!VARSET |A| = 2\n$!RUNMACROFUNCTION \"D\"\n");
     EXPECT_TRUE(HoldsMessage(kept.log, "Overflow or Underflow")) << kept.log;
 }
@@ -222,8 +195,8 @@ TEST(MacroE2E, VariableAndIfLimits) {
     Scratch s;
     std::string vars;
     for (int n = 1; n <= 399; n++) vars += "$!VARSET |V" + std::to_string(n) + "| = " + std::to_string(n) + "\n";
-    MacroRun full = runMacro(s, vars + echo("|V399|") + "$!VARSET |ONEMORE| = 1\n" + echo("never"));
-    EXPECT_EQ(echoes(full.log), (std::vector<std::string>{"399"})) << full.log;
+    MacroRun full = RunMacro(s, vars + EchoCommand("|V399|") + "$!VARSET |ONEMORE| = 1\n" + EchoCommand("never"));
+    EXPECT_EQ(EchoedLines(full.log), (std::vector<std::string>{"399"})) << full.log;
     EXPECT_TRUE(HoldsMessage(full.log, "Err: Too Many Macro Variables")) << full.log;
 
     std::string open, close;
@@ -231,34 +204,34 @@ TEST(MacroE2E, VariableAndIfLimits) {
         open += "$!IF 1 == 1\n";
         close += "$!ENDIF\n";
     }
-    MacroRun hundred = runMacro(s, open + echo("deep") + close);
-    EXPECT_EQ(echoes(hundred.log), (std::vector<std::string>{"deep"})) << hundred.log;
-    MacroRun more = runMacro(s, open + "$!IF 1 == 1\n" + echo("never") + "$!ENDIF\n" + close);
+    MacroRun hundred = RunMacro(s, open + EchoCommand("deep") + close);
+    EXPECT_EQ(EchoedLines(hundred.log), (std::vector<std::string>{"deep"})) << hundred.log;
+    MacroRun more = RunMacro(s, open + "$!IF 1 == 1\n" + EchoCommand("never") + "$!ENDIF\n" + close);
     EXPECT_TRUE(HoldsMessage(more.log, "Err: Too many nested IF/ENDIF")) << more.log;
 }
 
 TEST(MacroE2E, QuickMacroAndConfigurationFilesRunAtStartUp) {
     Scratch s;
-    s.write("orvanex.mcr", "#!MC 1100\n$!MACROFUNCTION NAME = \"Hello\"\n" + echo("hello |1|") + "$!ENDMACROFUNCTION\n");
+    s.write("orvanex.mcr", "#!MC 1100\n$!MACROFUNCTION NAME = \"Hello\"\n" + EchoCommand("hello |1|") + "$!ENDMACROFUNCTION\n");
     s.write("orvanex.cfg", "#!MC 1100\n$!VARSET |FROMCONFIG| = 7\n");
-    MacroRun run = runMacro(s, "$!RUNMACROFUNCTION \"hello\" (there)\n" + echo("|FROMCONFIG|"));
-    EXPECT_EQ(echoes(run.log), (std::vector<std::string>{"hello there", "7"})) << run.log;
+    MacroRun run = RunMacro(s, "$!RUNMACROFUNCTION \"hello\" (there)\n" + EchoCommand("|FROMCONFIG|"));
+    EXPECT_EQ(EchoedLines(run.log), (std::vector<std::string>{"hello there", "7"})) << run.log;
 
     s.write("orvanex.cfg", "#!MC 1100\n$!LOOP 2\n$!ENDLOOP\n");
-    MacroRun refused = runMacro(s, echo("still runs"));
+    MacroRun refused = RunMacro(s, EchoCommand("still runs"));
     EXPECT_TRUE(HoldsMessage(refused.result.err + refused.log, "Command not allowed in the configuration file"))
         << refused.result.err << refused.log;
-    EXPECT_EQ(echoes(refused.log), (std::vector<std::string>{"still runs"}));
+    EXPECT_EQ(EchoedLines(refused.log), (std::vector<std::string>{"still runs"}));
 }
 
 TEST(MacroE2E, IntrinsicsReadTheSystem) {
     Scratch s;
-    MacroRun run = runMacro(s, echo("|INBATCHMODE| |NUMFRAMES| |PLATFORM| |ORVANEXVERSION| |ISDATASETAVAILABLE|") +
-                                   echo("|DATASETTITLE|") + "$!VARSET |X| = |AXISMINX|\n");
-    EXPECT_EQ(echoes(run.log), (std::vector<std::string>{"1 1 LINUX64 110 0", "No Data Set"})) << run.log;
-    MacroRun paper = runMacro(s, echo("|PAPERWIDTH| |PAPERHEIGHT|") + "$!PAPER ORIENTPORTRAIT = YES PAPERSIZE = A4\n" +
-                                     echo("|PAPERWIDTH%.2f| |PAPERHEIGHT%.2f|"));
-    EXPECT_EQ(echoes(paper.log), (std::vector<std::string>{"11 8.5", "8.27 11.69"})) << paper.log;
+    MacroRun run = RunMacro(s, EchoCommand("|INBATCHMODE| |NUMFRAMES| |PLATFORM| |ORVANEXVERSION| |ISDATASETAVAILABLE|") +
+                                   EchoCommand("|DATASETTITLE|") + "$!VARSET |X| = |AXISMINX|\n");
+    EXPECT_EQ(EchoedLines(run.log), (std::vector<std::string>{"1 1 LINUX64 110 0", "No Data Set"})) << run.log;
+    MacroRun paper = RunMacro(s, EchoCommand("|PAPERWIDTH| |PAPERHEIGHT|") + "$!PAPER ORIENTPORTRAIT = YES PAPERSIZE = A4\n" +
+                                     EchoCommand("|PAPERWIDTH%.2f| |PAPERHEIGHT%.2f|"));
+    EXPECT_EQ(EchoedLines(paper.log), (std::vector<std::string>{"11 8.5", "8.27 11.69"})) << paper.log;
     // A sketch frame has no X axis variable.
     EXPECT_TRUE(HoldsMessage(run.log, "Axis variable not defined.")) << run.log;
 }
@@ -266,23 +239,23 @@ TEST(MacroE2E, IntrinsicsReadTheSystem) {
 TEST(MacroE2E, PauseAndDelayAreSkippedInBatch) {
     Scratch s;
     auto start = std::chrono::steady_clock::now();
-    MacroRun run = runMacro(s, "$!DELAY 5\n$!PAUSE \"Press OK\"\n" + echo("after"));
+    MacroRun run = RunMacro(s, "$!DELAY 5\n$!PAUSE \"Press OK\"\n" + EchoCommand("after"));
     double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     EXPECT_LT(seconds, 4.0) << "the delay of 5 s did not wait";
-    EXPECT_EQ(echoes(run.log), (std::vector<std::string>{"after"})) << run.log;
+    EXPECT_EQ(EchoedLines(run.log), (std::vector<std::string>{"after"})) << run.log;
     EXPECT_NE(run.log.find("ACTION: DELAY\nACTION: PAUSE Press OK\n"), std::string::npos) << run.log;
 }
 
 TEST(MacroE2E, QuitEndsTheMacro) {
     Scratch s;
-    MacroRun run = runMacro(s, echo("one") + "$!QUIT\n" + echo("two"));
+    MacroRun run = RunMacro(s, EchoCommand("one") + "$!QUIT\n" + EchoCommand("two"));
     EXPECT_EQ(run.result.exitCode, 0);
-    EXPECT_EQ(echoes(run.log), (std::vector<std::string>{"one"})) << run.log;
+    EXPECT_EQ(EchoedLines(run.log), (std::vector<std::string>{"one"})) << run.log;
 }
 
 TEST(MacroE2E, CompressedFormsRoundTripThroughTheLog) {
     Scratch s;
-    MacroRun run = runMacro(s, "$!INTERNAL \"COMPRESS $!VARSET |A| = 3\"\n"
+    MacroRun run = RunMacro(s, "$!INTERNAL \"COMPRESS $!VARSET |A| = 3\"\n"
                                "$!INTERNAL \"COMPRESS $!READDATASET 'a.plt' READDATAOPTION = APPEND\"\n");
     EXPECT_NE(run.log.find("Compressed: !11|A|=3\nUncompressed: $!VARSET |A| = 3\n"), std::string::npos) << run.log;
     EXPECT_NE(run.log.find("Uncompressed: $!READDATASET 'a.plt'\n  READDATAOPTION = APPEND\n"), std::string::npos)
@@ -291,7 +264,7 @@ TEST(MacroE2E, CompressedFormsRoundTripThroughTheLog) {
 
 TEST(MacroE2E, DebugTracesEveryCommand) {
     Scratch s;
-    MacroRun run = runMacro(s, "$!VARSET |A| = 1\n$!MACROFUNCTION NAME = \"F\"\n$!VARSET |B| = 2\n$!ENDMACROFUNCTION\n"
+    MacroRun run = RunMacro(s, "$!VARSET |A| = 1\n$!MACROFUNCTION NAME = \"F\"\n$!VARSET |B| = 2\n$!ENDMACROFUNCTION\n"
                                "$!RUNMACROFUNCTION \"F\"\n",
                             {"-DEBUG"});
     EXPECT_NE(run.result.err.find("            MAIN:   1 (  2): $!VARSET |A| = 1\n"), std::string::npos) << run.result.err;
@@ -300,15 +273,15 @@ TEST(MacroE2E, DebugTracesEveryCommand) {
 
 TEST(MacroE2E, SystemCommandsAreRefusedUntilTheConfigurationAllowsThem) {
     Scratch s;
-    MacroRun run = runMacro(s, "$!SYSTEM \"touch made.txt\"\n");
+    MacroRun run = RunMacro(s, "$!SYSTEM \"touch made.txt\"\n");
     EXPECT_TRUE(HoldsMessage(run.log, "Err: $!SYSTEM command not allowed in batch mode. Add \"$!Interface "
                                       "OkToExecuteSystemCommand = TRUE\" to the orvanex configuration file"))
         << run.log;
     EXPECT_FALSE(s.exists("made.txt"));
     s.write("orvanex.cfg", "#!MC 1100\n$!INTERFACE OKTOEXECUTESYSTEMCOMMAND = YES\n");
-    MacroRun allowed = runMacro(s, "$!SYSTEM \"touch made.txt\"\n$!SYSTEM \"exit 3\"\n" + echo("after"));
+    MacroRun allowed = RunMacro(s, "$!SYSTEM \"touch made.txt\"\n$!SYSTEM \"exit 3\"\n" + EchoCommand("after"));
     EXPECT_TRUE(s.exists("made.txt")) << allowed.log;
-    EXPECT_EQ(echoes(allowed.log), (std::vector<std::string>{"after"})) << "an exit status is no error";
+    EXPECT_EQ(EchoedLines(allowed.log), (std::vector<std::string>{"after"})) << "an exit status is no error";
     EXPECT_NE(allowed.log.find("ACTION: SYSTEM touch made.txt\n"), std::string::npos) << allowed.log;
 }
 
@@ -318,17 +291,17 @@ TEST(MacroE2E, SetValueCommandsChangeWhatLaterCommandsSee) {
     Scratch s;
     s.write("xy.dat", "VARIABLES = X Y\nZONE I=1\n1 2\n");
     s.write("yx.dat", "VARIABLES = Y X\nZONE I=1\n20 10\n");
-    MacroRun run = runMacro(s, "$!FILECONFIG DATAFILEVARLOADMODE = BYNAME\n"
-                               "$!READDATASET '\"xy.dat\" \"yx.dat\"'\n" + echo("|MAXVAR[1]|") +
+    MacroRun run = RunMacro(s, "$!FILECONFIG DATAFILEVARLOADMODE = BYNAME\n"
+                               "$!READDATASET '\"xy.dat\" \"yx.dat\"'\n" + EchoCommand("|MAXVAR[1]|") +
                                    "$!FILECONFIG DATAFILEVARLOADMODE = BYPOSITION\n"
-                                   "$!READDATASET '\"xy.dat\" \"yx.dat\"'\n" + echo("|MAXVAR[1]|") +
+                                   "$!READDATASET '\"xy.dat\" \"yx.dat\"'\n" + EchoCommand("|MAXVAR[1]|") +
                                    "$!INTERFACE ENABLEPAUSES = NO\n$!INTERFACE ENABLEPAUSES = NO\n"
                                    "$!INTERNAL \"GETVALUE INTERFACE ENABLEPAUSES\"\n"
                                    "$!LIMITS LODTHRESHOLDMINFRACT = 0.25\n"
                                    "$!INTERNAL \"GETVALUE LIMITS LODTHRESHOLDMINFRACT\"\n"
-                                   "$!FRAMENAME = \"Results\"\n" + echo("|FRAMENAME|") +
-                                   "$!GLOBALTIME SOLUTIONTIME = 2.5\n" + echo("|SOLUTIONTIME|"));
-    EXPECT_EQ(echoes(run.log), (std::vector<std::string>{"10", "20", "Results", "2.5"})) << run.log;
+                                   "$!FRAMENAME = \"Results\"\n" + EchoCommand("|FRAMENAME|") +
+                                   "$!GLOBALTIME SOLUTIONTIME = 2.5\n" + EchoCommand("|SOLUTIONTIME|"));
+    EXPECT_EQ(EchoedLines(run.log), (std::vector<std::string>{"10", "20", "Results", "2.5"})) << run.log;
     EXPECT_NE(run.log.find("INTERFACE ENABLEPAUSES = NO\n"), std::string::npos) << run.log;
     EXPECT_NE(run.log.find("LIMITS LODTHRESHOLDMINFRACT = 0.25\n"), std::string::npos) << run.log;
     EXPECT_NE(run.log.find("ACTION: READDATASET xy.dat+yx.dat\n"), std::string::npos) << run.log;
@@ -352,11 +325,11 @@ TEST(MacroE2E, SetValueErrorsKeepTheOldValue) {
         {"$!FIELDMAP [1] MESH { SHOW = NO }\n", "No data set available."},
     };
     for (const Case &c : cases) {
-        MacroRun run = runMacro(s, c.body + echo("after") + "$!INTERNAL \"GETVALUE LIMITS LODTHRESHOLDMINFRACT\"\n");
+        MacroRun run = RunMacro(s, c.body + EchoCommand("after") + "$!INTERNAL \"GETVALUE LIMITS LODTHRESHOLDMINFRACT\"\n");
         EXPECT_TRUE(HoldsMessage(run.log, c.message)) << c.body << run.log;
-        EXPECT_TRUE(echoes(run.log).empty()) << c.body;
+        EXPECT_TRUE(EchoedLines(run.log).empty()) << c.body;
     }
-    MacroRun kept = runMacro(s, "$!MACROFUNCTION NAME = \"BAD\"\n$!LIMITS LODTHRESHOLDMINFRACT = 2\n$!ENDMACROFUNCTION\n"
+    MacroRun kept = RunMacro(s, "$!MACROFUNCTION NAME = \"BAD\"\n$!LIMITS LODTHRESHOLDMINFRACT = 2\n$!ENDMACROFUNCTION\n"
                                 "$!INTERNAL \"GETVALUE LIMITS LODTHRESHOLDMINFRACT\"\n");
     EXPECT_NE(kept.log.find("LIMITS LODTHRESHOLDMINFRACT = 0.3\n"), std::string::npos) << kept.log;
 }
@@ -364,7 +337,7 @@ TEST(MacroE2E, SetValueErrorsKeepTheOldValue) {
 TEST(MacroE2E, ConfigurationFileRaisesLimits) {
     Scratch s;
     s.write("orvanex.cfg", "#!MC 1100\n$!LIMITS MAXPTSINALINE = 20000\n$!LIMITS MAXFENROWZONES = 100\n");
-    MacroRun run = runMacro(s, "$!INTERNAL \"GETVALUE LIMITS MAXPTSINALINE\"\n"
+    MacroRun run = RunMacro(s, "$!INTERNAL \"GETVALUE LIMITS MAXPTSINALINE\"\n"
                                "$!INTERNAL \"GETVALUE LIMITS MAXFENROWZONES\"\n");
     EXPECT_NE(run.log.find("LIMITS MAXPTSINALINE = 20000\n"), std::string::npos) << run.log;
     EXPECT_NE(run.log.find("LIMITS MAXFENROWZONES = 100\n"), std::string::npos) << run.log;
@@ -382,16 +355,16 @@ TEST(MacroE2E, ReadDataSetOptionsReachTheLoad) {
     std::string values;
     for (int n = 0; n < 300; n++) values += std::to_string(n) + "\n";
     s.write("one.dat", "VARIABLES = P\nZONE I=300\n" + values);
-    MacroRun run = runMacro(
-        s, "$!READDATASET '\"two.dat\"'\n" + echo("|NUMZONES| |NUMVARS| |ZONENAME[2]| |DATASETTITLE|") +
+    MacroRun run = RunMacro(
+        s, "$!READDATASET '\"two.dat\"'\n" + EchoCommand("|NUMZONES| |NUMVARS| |ZONENAME[2]| |DATASETTITLE|") +
                "$!READDATASET '\"xyp.dat\"' READDATAOPTION = APPEND VARLOADMODE = BYNAME VARNAMELIST = '\"X\" \"Y\" \"P\"'\n" +
-               echo("|NUMZONES| |NUMVARS| |VARNAME[3]|") +
-               "$!READDATASET '\"line.dat\"' IJKSKIP { I = 4 }\n" + echo("|MAXI| |MAXVAR[2]|") +
-               "$!READDATASET '\"two.dat\"' ZONELIST = [2] COLLAPSEZONESANDVARS = YES\n" + echo("|NUMZONES| |ZONENAME[1]|") +
-               "$!READDATASET '\"one.dat\"'\n" + echo("|NUMVARS| |VARNAME[1]| |VARNAME[2]| |MAXVAR[1]|") +
-               echo("|DATASETFNAME|"));
+               EchoCommand("|NUMZONES| |NUMVARS| |VARNAME[3]|") +
+               "$!READDATASET '\"line.dat\"' IJKSKIP { I = 4 }\n" + EchoCommand("|MAXI| |MAXVAR[2]|") +
+               "$!READDATASET '\"two.dat\"' ZONELIST = [2] COLLAPSEZONESANDVARS = YES\n" + EchoCommand("|NUMZONES| |ZONENAME[1]|") +
+               "$!READDATASET '\"one.dat\"'\n" + EchoCommand("|NUMVARS| |VARNAME[1]| |VARNAME[2]| |MAXVAR[1]|") +
+               EchoCommand("|DATASETFNAME|"));
     EXPECT_EQ(run.result.exitCode, 0);
-    std::vector<std::string> got = echoes(run.log);
+    std::vector<std::string> got = EchoedLines(run.log);
     ASSERT_EQ(got.size(), 6u) << run.log;
     EXPECT_EQ(got[0], "2 2 b two");
     EXPECT_EQ(got[1], "3 3 P");
@@ -428,11 +401,11 @@ TEST(MacroE2E, ReadDataSetChecksAndFailuresChangeNothing) {
         {"$!READDATASET '\"two.dat\"' RESETSTYLE = 3", "Expecting One of: "},
     };
     for (const Case &c : cases) {
-        MacroRun run = runMacro(s, "$!READDATASET '\"two.dat\"'\n$!MACROFUNCTION NAME = \"SHOW\"\n" +
-                                       echo("|NUMZONES| |NUMVARS|") + "$!ENDMACROFUNCTION\n" + c.command + "\n" +
-                                       echo("after"));
+        MacroRun run = RunMacro(s, "$!READDATASET '\"two.dat\"'\n$!MACROFUNCTION NAME = \"SHOW\"\n" +
+                                       EchoCommand("|NUMZONES| |NUMVARS|") + "$!ENDMACROFUNCTION\n" + c.command + "\n" +
+                                       EchoCommand("after"));
         EXPECT_TRUE(HoldsMessage(run.log, c.message)) << c.command << "\n" << run.log;
-        EXPECT_TRUE(echoes(run.log).empty()) << c.command;
+        EXPECT_TRUE(EchoedLines(run.log).empty()) << c.command;
         EXPECT_TRUE(s.tmpEntries().empty()) << c.command;
     }
 }
@@ -440,9 +413,9 @@ TEST(MacroE2E, ReadDataSetChecksAndFailuresChangeNothing) {
 TEST(MacroE2E, WriteDataSetRoundTrips) {
     Scratch s;
     s.write("two.dat", kTwoZones);
-    MacroRun run = runMacro(s, "$!READDATASET '\"two.dat\"'\n$!WRITEDATASET \"out.plt\" ZONELIST = [2]\n"
-                               "$!READDATASET '\"out.plt\"'\n" + echo("|NUMZONES| |ZONENAME[1]| |MAXVAR[2]|"));
-    EXPECT_EQ(echoes(run.log), (std::vector<std::string>{"1 b 50"})) << run.log;
+    MacroRun run = RunMacro(s, "$!READDATASET '\"two.dat\"'\n$!WRITEDATASET \"out.plt\" ZONELIST = [2]\n"
+                               "$!READDATASET '\"out.plt\"'\n" + EchoCommand("|NUMZONES| |ZONENAME[1]| |MAXVAR[2]|"));
+    EXPECT_EQ(EchoedLines(run.log), (std::vector<std::string>{"1 b 50"})) << run.log;
     EXPECT_TRUE(s.exists("out.plt"));
 }
 
@@ -462,7 +435,7 @@ TEST(MacroE2E, ConfigurationFileSetsExportAndPaper) {
                                  "GLOBALFRAME FRAMEHEADERHEIGHT"};
     std::string body;
     for (const char *path : reads) body += std::string("$!INTERNAL \"GETVALUE ") + path + "\"\n";
-    MacroRun run = runMacro(s, body);
+    MacroRun run = RunMacro(s, body);
     for (const char *line : {"EXPORTSETUP IMAGEWIDTH = 1024\n", "EXPORTSETUP EXPORTFORMAT = JPEG\n",
                              "EXPORTSETUP QUALITY = 90\n", "EXPORTSETUP EXPORTREGION = CURRENTFRAME\n",
                              "PAPER PAPERSIZE = A4\n", "PAPER ORIENTPORTRAIT = YES\n", "PAPER SHOWGRID = NO\n",
@@ -475,7 +448,7 @@ TEST(MacroE2E, ConfigurationFileSetsExportAndPaper) {
 
     // Without the file: the factory export setup and the modern header height.
     Scratch plain;
-    MacroRun factory = runMacro(plain, body);
+    MacroRun factory = RunMacro(plain, body);
     for (const char *line : {"EXPORTSETUP IMAGEWIDTH = 512\n", "EXPORTSETUP EXPORTFORMAT = PNG\n",
                              "PAPER PAPERSIZE = LETTER\n", "PAPER ORIENTPORTRAIT = NO\n",
                              "PAPER PAPERSIZEINFO A4 WIDTH = 8.26771654\n", "GLOBALFRAME FRAMEHEADERHEIGHT = 0.2\n"})
@@ -484,18 +457,18 @@ TEST(MacroE2E, ConfigurationFileSetsExportAndPaper) {
 
 TEST(MacroE2E, GeneralStyleErrorsNameTheirLine) {
     Scratch s;
-    MacroRun range = runMacro(s, echo("one") + "$!EXPORTSETUP IMAGEWIDTH = 0\n" + echo("two"));
+    MacroRun range = RunMacro(s, EchoCommand("one") + "$!EXPORTSETUP IMAGEWIDTH = 0\n" + EchoCommand("two"));
     EXPECT_TRUE(HoldsMessage(range.log, "Err: \"IMAGEWIDTH\" must be between 1 and 32766.\n\n"
                                         "Error occurred in $! command\nstarting on line 3:"))
         << range.log;
-    EXPECT_EQ(echoes(range.log), (std::vector<std::string>{"one"}));
+    EXPECT_EQ(EchoedLines(range.log), (std::vector<std::string>{"one"}));
 
-    MacroRun group = runMacro(s, "$!GLOBALCOLORMAP 5\n  CONTOURCOLORMAP = MODERN\n");
+    MacroRun group = RunMacro(s, "$!GLOBALCOLORMAP 5\n  CONTOURCOLORMAP = MODERN\n");
     EXPECT_TRUE(HoldsMessage(group.log, "Err: Invalid group number specified in $!GLOBALCOLORMAP command.\n\n"
                                         "Error occurred in $! command\nstarting on line 2:"))
         << group.log;
 
-    MacroRun suffix = runMacro(s, echo("one") + "$!INTERFACE\n  TRANSLATION { SMALLSTEP = 1 }\n"
+    MacroRun suffix = RunMacro(s, EchoCommand("one") + "$!INTERFACE\n  TRANSLATION { SMALLSTEP = 1 }\n"
                                                 "  PERCENTAGEOFPOINTSTOKEEP = 2 CM\n");
     EXPECT_TRUE(HoldsMessage(suffix.log, "Err: Not allowed to use suffix for \"PERCENTAGEOFPOINTSTOKEEP\"\n\n"
                                          "Error occurred in $! command\nstarting on line 3:"))
@@ -503,7 +476,7 @@ TEST(MacroE2E, GeneralStyleErrorsNameTheirLine) {
 
     // In the configuration file the message names the file's line, and start-up goes on.
     s.write("orvanex.cfg", "#!MC 1100\n$!PAPER SHOWRULER = NO\n$!BASICSIZE\n  LINETHICKNESSES { HUGE = 150 }\n");
-    MacroRun config = runMacro(s, "$!INTERNAL \"GETVALUE PAPER SHOWRULER\"\n");
+    MacroRun config = RunMacro(s, "$!INTERNAL \"GETVALUE PAPER SHOWRULER\"\n");
     EXPECT_TRUE(HoldsMessage(config.log + config.result.out + config.result.err, "\"HUGE\" must be between 0.0001 and 100.\n\n"
                                          "Error occurred in $! command\nstarting on line 3:"))
         << config.log << config.result.out << config.result.err;
@@ -513,12 +486,12 @@ TEST(MacroE2E, GeneralStyleErrorsNameTheirLine) {
 TEST(MacroE2E, OldColorMapFormsTouchOnlyGroupOne) {
     Scratch s;
     // A number other than 1 passes the command over: the impossible count would fail otherwise.
-    MacroRun skipped = runMacro(s, "$!COLORMAP 2\n  TWOCOLOR { NUMCONTROLPOINTS = 99 }\n" + echo("after"));
-    EXPECT_EQ(echoes(skipped.log), (std::vector<std::string>{"after"})) << skipped.log;
-    MacroRun checked = runMacro(s, "$!COLORSPECTRUM 1\n  TWOCOLOR { NUMCONTROLPOINTS = 99 }\n" + echo("after"));
+    MacroRun skipped = RunMacro(s, "$!COLORMAP 2\n  TWOCOLOR { NUMCONTROLPOINTS = 99 }\n" + EchoCommand("after"));
+    EXPECT_EQ(EchoedLines(skipped.log), (std::vector<std::string>{"after"})) << skipped.log;
+    MacroRun checked = RunMacro(s, "$!COLORSPECTRUM 1\n  TWOCOLOR { NUMCONTROLPOINTS = 99 }\n" + EchoCommand("after"));
     EXPECT_TRUE(HoldsMessage(checked.log, "\"NUMCONTROLPOINTS\" must be between 2 and 50.")) << checked.log;
-    EXPECT_TRUE(echoes(checked.log).empty());
-    MacroRun control = runMacro(s, "$!GLOBALCOLORMAP 2 SMRAINBOW { CONTROLPOINT 6 { COLORMAPFRACTION = 0.5 } }\n");
+    EXPECT_TRUE(EchoedLines(checked.log).empty());
+    MacroRun control = RunMacro(s, "$!GLOBALCOLORMAP 2 SMRAINBOW { CONTROLPOINT 6 { COLORMAPFRACTION = 0.5 } }\n");
     EXPECT_TRUE(HoldsMessage(control.log, "Err: Invalid color map control point")) << control.log;
 }
 
@@ -526,7 +499,7 @@ TEST(MacroE2E, FrameStyleIsSetAndReadAndConfigurationDefaultsReachNewFrames) {
     Scratch s;
     s.write("two.dat", kTwoZones);
     s.write("orvanex.cfg", "#!MC 1100\n$!FRAMELAYOUT SHOWHEADER = YES\n");
-    MacroRun run = runMacro(s, "$!INTERNAL \"GETVALUE FRAMELAYOUT SHOWHEADER\"\n"
+    MacroRun run = RunMacro(s, "$!INTERNAL \"GETVALUE FRAMELAYOUT SHOWHEADER\"\n"
                                "$!THREEDVIEW PSIANGLE = 30\n"
                                "$!INTERNAL \"GETVALUE THREEDVIEW PSIANGLE\"\n"
                                "$!FRAMELAYOUT XYPOS { X = 2 }\n"
@@ -546,9 +519,9 @@ TEST(MacroE2E, FrameStyleIsSetAndReadAndConfigurationDefaultsReachNewFrames) {
         {"$!THREEDVIEW PSIANGLE = 1000\n", "\"PSIANGLE\" must be between"},
     };
     for (const Case &c : cases) {
-        MacroRun bad = runMacro(s, "$!READDATASET '\"two.dat\"'\n" + c.body + echo("after"));
+        MacroRun bad = RunMacro(s, "$!READDATASET '\"two.dat\"'\n" + c.body + EchoCommand("after"));
         EXPECT_TRUE(HoldsMessage(bad.log, c.message)) << c.body << bad.log;
-        EXPECT_TRUE(echoes(bad.log).empty()) << c.body;
+        EXPECT_TRUE(EchoedLines(bad.log).empty()) << c.body;
     }
 }
 

@@ -602,6 +602,16 @@ TEST_F(MacroComp, UncompressLaysOutSubCommands) {
     EXPECT_EQ(Uncompress("@505=1"), "$!PLOTTYPE = CARTESIAN3D");
 }
 
+// An expanded command may hold words: the values of variables, such as enumerated names. They
+// are written as they stand.
+TEST_F(MacroComp, UncompressWritesWordsOfExpandedCommands) {
+    EXPECT_EQ(Uncompress("!8 abc"), "$!LOOP abc");
+    EXPECT_EQ(Uncompress("$17 FIT"), "$!VIEW FIT");
+    EXPECT_EQ(Uncompress("@509@158=YES"), "$!FIELD\n  SHOW = YES");
+    EXPECT_EQ(Uncompress("$41 COPYSTANDARD 3 "), "$!COLORMAPCONTROL 3 COPYSTANDARD");
+    EXPECT_EQ(Uncompress("!11|B|=5 abc_2"), "$!VARSET |B| = 5 abc_2");
+}
+
 TEST_F(MacroComp, UncompressMarksWhatItCannotName) {
     EXPECT_EQ(Uncompress("$17 999"), "$!VIEW <UNKNOWN BASE VALUE>");
     EXPECT_EQ(Uncompress("$17\"x\""), "$!VIEW <INVALID BASE VALUE> \"x\"");
@@ -883,6 +893,62 @@ TEST_F(MacroComp, ScanningSets) {
     messages.clear();
     EXPECT_EQ(members("1,2"), (std::vector<SetIndex_t>{-99}));
     EXPECT_EQ(OnlyError(), "SETS Must Start With [");
+}
+
+// Ranges go in whole: across word boundaries, up to the largest member allowed, in no time. A
+// member beyond 16,777,216 is refused before any room is made for it.
+TEST_F(MacroComp, ScanningLargeSets) {
+    auto scan = [](const char *text, Set_a **set) {
+        const char *p = text;
+        return ScanCompressedForSet(&p, 1, text, set);
+    };
+    Set_a *set = nullptr;
+    ASSERT_TRUE(scan("[60-130, 200-203, 64]", &set));
+    std::vector<SetIndex_t> expected;
+    for (SetIndex_t m = 59; m <= 129; m++) expected.push_back(m);
+    for (SetIndex_t m = 199; m <= 202; m++) expected.push_back(m);
+    std::vector<SetIndex_t> got;
+    for (SetIndex_t m = GetNextMember(set, -1); m != BADSETVALUE; m = GetNextMember(set, m)) got.push_back(m);
+    EXPECT_EQ(got, expected);
+    DeallocSet(&set);
+
+    ASSERT_TRUE(scan("[1-16777216]", &set));
+    EXPECT_EQ(MemberCount(set), 16777216);
+    EXPECT_TRUE(InSet(set, 16777215));
+    EXPECT_FALSE(InSet(set, 16777216));
+    DeallocSet(&set);
+    ASSERT_TRUE(scan("[16777210-16777216:3]", &set));
+    EXPECT_EQ(MemberCount(set), 3);
+    EXPECT_TRUE(InSet(set, 16777209) && InSet(set, 16777212) && InSet(set, 16777215));
+    DeallocSet(&set);
+
+    const char *tooLarge[] = {"[1-2000000000]", "[16777217]", "[5, 16777200-16777217:2]"};
+    const char *named[] = {"2000000000", "16777217", "16777217"};
+    for (size_t n = 0; n < 3; n++) {
+        messages.clear();
+        set = nullptr;
+        EXPECT_FALSE(scan(tooLarge[n], &set)) << tooLarge[n];
+        EXPECT_EQ(set, nullptr);
+        EXPECT_EQ(OnlyError(), std::string("Invalid SET specifi" "cation.\nSet member ") + named[n] +
+                                   " is above the largest allowed, 16777216.");
+    }
+}
+
+TEST_F(MacroComp, AddingRangesToSets) {
+    Set_a *set = AllocSet(true);
+    ASSERT_NE(set, nullptr);
+    ASSERT_TRUE(AddRangeToSet(set, 3, 3, true));    // one member
+    ASSERT_TRUE(AddRangeToSet(set, 10, 9, true));   // empty: nothing
+    ASSERT_TRUE(AddRangeToSet(set, 62, 65, true));  // across a word boundary
+    ASSERT_TRUE(AddRangeToSet(set, 128, 319, true));  // whole words
+    EXPECT_EQ(MemberCount(set), 1 + 4 + 192);
+    for (SetIndex_t m : {3, 62, 63, 64, 65, 128, 191, 192, 319}) EXPECT_TRUE(InSet(set, m)) << m;
+    for (SetIndex_t m : {2, 4, 9, 10, 61, 66, 127, 320}) EXPECT_FALSE(InSet(set, m)) << m;
+    // Members already there stay; the range only adds.
+    ASSERT_TRUE(AddToSet(set, 1000, true));
+    ASSERT_TRUE(AddRangeToSet(set, 0, 1, true));
+    EXPECT_EQ(MemberCount(set), 2 + 1 + 4 + 192 + 1);
+    DeallocSet(&set);
 }
 
 TEST_F(MacroComp, ScanningStringsAndOperators) {
@@ -1300,6 +1366,13 @@ TEST_F(MacroComp, ErrBadMacroShowsTheCallTraceback) {
               "2       4          25     AVERYLONGFUNCTI ()\n"
               "1       2          21     OUTER (a,b c)\n"
               "0       3          10     MAIN");
+    // Without an offset of its own the report takes that of the command the interpreter runs.
+    messages.clear();
+    MacroCurrentOffset = 6;
+    ErrBadMacro("Bad", 25, "$0", true);
+    MacroCurrentOffset = -1;
+    ASSERT_EQ(messages.size(), 1u);
+    EXPECT_NE(messages[0].find("\n2       6          25     AVERYLONGFUNCTI ()\n"), std::string::npos) << messages[0];
     // The lines stop when fewer than 71 characters are left: 72 characters of header, 27 + 260 of
     // text and 45 of traceback header leave 96, enough for the innermost line (45) but not more.
     messages.clear();
