@@ -163,8 +163,9 @@ class Compressor {
     bool groupNumber(std::string *group) {
         const char *q = p_;
         skipSpacesOnLine(&q);
-        if (isDigitChar(*q)) {
-            const char *end = q;
+        // A negative number is kept as given, for the command's range check to name.
+        if (isDigitChar(*q) || (*q == '-' && isDigitChar(q[1]))) {
+            const char *end = q + 1;
             while (isDigitChar(*end)) ++end;
             if (!isAlnumChar(*end) && *end != '.') {
                 group->assign(q, end);

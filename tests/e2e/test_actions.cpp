@@ -228,6 +228,7 @@ TEST(ActionsE2E, MalformedSetCommandsNameWhatIsWrong) {
         {"$!THREEDAXIS XDETAIL { TICKS { SHOWONAXISLINE = YES } 5 }", "Invalid Identifier in Sub-Command"},
         {"$!GLOBALCONTOUR 1 VAR = 1 }", "(PreProcessor): Unexpected sub-command close"},
         {"$!GLOBALCONTOUR 9 VAR = 1", "Invalid value global contour index"},
+        {"$!GLOBALCONTOUR -1 VAR = 1", "Invalid value global contour index"},
     };
     for (const Case &c : cases) {
         std::string log = runLog(s, "$!READDATASET '\"four.dat\"'\n" + c.command + "\n" + EchoCommand("after"));
