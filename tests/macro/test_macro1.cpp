@@ -15,24 +15,16 @@
 #include "base/macro/macro1.h"
 #include "base/macro/macrostate.h"
 #include "base/plot/draw0.h"
+#include "macro/message_capture.h"
 
 namespace {
 
-std::vector<std::string> messages;
-MessageBoxReply_e captureMessage(const char *text, MessageBoxType_e) {
-    messages.push_back(text);
-    return MessageBoxReply_Ok;
-}
+std::vector<std::string> &messages = CapturedMessages;
 
-class MacroRun : public ::testing::Test {
+class MacroRun : public MessageCaptureTest {
   protected:
     void SetUp() override {
-        messages.clear();
-        savedGraphics = GraphicsAreInitialized;
-        savedBatch = InBatchMode;
-        GraphicsAreInitialized = true;
-        InBatchMode = false;
-        MessageBoxRegisterCallback(&captureMessage);
+        MessageCaptureTest::SetUp();
         char pattern[] = "/tmp/orvanex_macro1_XXXXXX";
         int fd = mkstemp(pattern);
         ASSERT_GE(fd, 0);
@@ -41,10 +33,7 @@ class MacroRun : public ::testing::Test {
     }
     void TearDown() override {
         ReleaseMacros(true);
-        MessageBoxRegisterCallback(nullptr);
-        GraphicsAreInitialized = savedGraphics;
-        InBatchMode = savedBatch;
-        ClearPendingErrors();
+        MessageCaptureTest::TearDown();
         remove(fileName.c_str());
         while (IsGraphicsSuspended()) UnsuspendGraphics();
         Action_DoubleBuffer(DoubleBufferAction_Off);
@@ -60,8 +49,6 @@ class MacroRun : public ::testing::Test {
         return LoadAndRunMacro(fileName.c_str(), false, false, false, false);
     }
     std::string fileName;
-    bool savedGraphics = false;
-    bool savedBatch = false;
 };
 
 TEST_F(MacroRun, FunctionsAreFoundByNameAndKeystroke) {

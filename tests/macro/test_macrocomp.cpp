@@ -19,37 +19,24 @@
 #include "base/macro/macrocomp.h"
 #include "base/macro/macrostate.h"
 #include "base/macro/vocab.h"
+#include "macro/message_capture.h"
 
 namespace {
 
-std::vector<std::string> messages;
-MessageBoxReply_e captureMessage(const char *text, MessageBoxType_e) {
-    messages.push_back(text);
-    return MessageBoxReply_Ok;
-}
+std::vector<std::string> &messages = CapturedMessages;
 
-class MacroComp : public ::testing::Test {
+class MacroComp : public MessageCaptureTest {
   protected:
     void SetUp() override {
-        messages.clear();
-        savedGraphics = GraphicsAreInitialized;
-        savedBatch = InBatchMode;
-        GraphicsAreInitialized = true;
-        InBatchMode = false;
-        MessageBoxRegisterCallback(&captureMessage);
+        MessageCaptureTest::SetUp();
         saved = GeneralBase;
         MacroCallStack.clear();
     }
     void TearDown() override {
-        MessageBoxRegisterCallback(nullptr);
-        GraphicsAreInitialized = savedGraphics;
-        InBatchMode = savedBatch;
-        ClearPendingErrors();
+        MessageCaptureTest::TearDown();
         GeneralBase = saved;
         MacroCallStack.clear();
     }
-    bool savedGraphics = false;
-    bool savedBatch = false;
     GeneralBase_s saved;
 };
 
