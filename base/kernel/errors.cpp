@@ -6,7 +6,9 @@
 #include "base/kernel/errors.h"
 
 #include <cstdio>
+#include <cstring>
 #include <mutex>
+#include <string>
 
 #include "base/kernel/alloc.h"
 #include "base/kernel/genbase.h"
@@ -108,3 +110,14 @@ MessageBoxReply_e ProcessMessageBoxModalDialog(const char *text, MessageBoxType_
 }
 
 void MessageBoxRegisterCallback(MessageBoxCallback_pf callback) { messageBoxCallback = callback; }
+
+void LogAction(const char *name, const char *arguments) {
+    std::string line = std::string("ACTION: ") + name;
+    size_t length = arguments != nullptr ? strlen(arguments) : 0;
+    if (length > 0 && line.size() + 1 + length <= 60) line += std::string(" ") + arguments;
+    if (GeneralBase.Debug && StdError != nullptr) fprintf(StdError, "%s\n", line.c_str());
+    if (InBatchMode && BatchFile != nullptr) {
+        fprintf(BatchFile, "%s\n", line.c_str());
+        fflush(BatchFile);
+    }
+}

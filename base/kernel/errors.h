@@ -45,3 +45,8 @@ void MessageBoxRegisterCallback(MessageBoxCallback_pf callback);
 extern bool IsProcessingMacroCommand;
 // The count of open suspensions of message boxes.
 extern int MessageBoxesSuspended;
+
+// The log line of an action, written once its checks have passed: "ACTION: NAME", with a short
+// argument text while the line stays within 60 columns, to the batch log when one is open and
+// to standard error when PRINTDEBUG is on.
+void LogAction(const char *name, const char *arguments = nullptr);

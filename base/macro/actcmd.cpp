@@ -500,7 +500,6 @@ bool handleCreateNewFrame(const ActionCommand_s &cmd) {
 
 bool handleFrameControl(const ActionCommand_s &cmd) {
     const ActionOptionValue_s *name = cmd.find(MacroSetValue_NAME);
-    cmd.logAction();
     return Action_FrameControl(FrameAction_e(cmd.Mandatory), int(cmd.integer(MacroSetValue_FRAME, 1)),
                                name != nullptr ? name->Text.c_str() : "", cmd.number(MacroSetValue_X, 0),
                                cmd.number(MacroSetValue_Y, 0));
@@ -586,15 +585,7 @@ LgIndex_t ActionCommand_s::integer(int row, LgIndex_t defaultValue, int parentRo
     return option != nullptr ? option->Integer : defaultValue;
 }
 
-void ActionCommand_s::logAction() const {
-    std::string line = std::string("ACTION: ") + ActionCommandList[Action];
-    if (!String.empty() && line.size() + 1 + String.size() <= 60) line += " " + String;
-    if (GeneralBase.Debug && StdError != nullptr) fprintf(StdError, "%s\n", line.c_str());
-    if (InBatchMode && BatchFile != nullptr) {
-        fprintf(BatchFile, "%s\n", line.c_str());
-        fflush(BatchFile);
-    }
-}
+void ActionCommand_s::logAction() const { LogAction(ActionCommandList[Action], String.c_str()); }
 
 bool ActionCommand_s::fail(const std::string &message) const {
     ErrBadMacro(message.c_str(), Line, Command, true);

@@ -373,6 +373,35 @@ IntrinsicResult_e styleVarRange(const IntrinsicContext_s &c, bool wantMax) {
     return c.number(wantMax ? max : min);
 }
 
+// SLICEPLANETYPE and the slice positions of slice group 1: the kind of planes, and where the
+// primary, start and end planes stand along their axis (indices from 1).
+const char *const SlicePlaneNames[] = {"X-Planes", "Y-Planes", "Z-Planes", "I-Planes", "J-Planes", "K-Planes"};
+
+// The frame these read is missing only while the configuration file runs.
+IntrinsicResult_e noFrame(const IntrinsicContext_s &c) { return c.fail(Intrinsic_NotAvailable, c.Ref.Name + " is not available."); }
+
+IntrinsicResult_e slicePlaneType(const IntrinsicContext_s &c) {
+    if (!c.plain()) return c.noSubscript();
+    if (CurFrame == nullptr) return noFrame(c);
+    int surface = CurFrame->Style.SliceAttributes[0].SliceSurface;
+    return c.found(surface >= 0 && surface < 6 ? SlicePlaneNames[surface] : "");
+}
+
+IntrinsicResult_e slicePosition(const IntrinsicContext_s &c, const SlicePosition_s SliceAttributes_s::*which) {
+    if (!c.plain()) return c.noSubscript();
+    if (CurFrame == nullptr) return noFrame(c);
+    const SliceAttributes_s &slice = CurFrame->Style.SliceAttributes[0];
+    const SlicePosition_s &position = slice.*which;
+    switch (slice.SliceSurface) {
+        case 0: return c.number(position.X);
+        case 1: return c.number(position.Y);
+        case 2: return c.number(position.Z);
+        case 3: return c.number(position.I + 1);
+        case 4: return c.number(position.J + 1);
+        default: return c.number(position.K + 1);
+    }
+}
+
 // ZONEMESHCOLOR[n]: the colour of the mesh of zone n, as its macro word.
 IntrinsicResult_e zoneMeshColor(const IntrinsicContext_s &c) {
     if (c.dataSet() == nullptr) return c.needsDataSet();
@@ -496,7 +525,10 @@ const Intrinsic_s Intrinsics[] = {
     {"MAXI", [](const IntrinsicContext_s &c) { return maxIndex(c, 0); }},
     {"MAXJ", [](const IntrinsicContext_s &c) { return maxIndex(c, 1); }},
     {"MAXK", [](const IntrinsicContext_s &c) { return maxIndex(c, 2); }},
-    {"PRIMARYSLICEPOS", LATER}, {"STARTSLICEPOS", LATER}, {"ENDSLICEPOS", LATER}, {"SLICEPLANETYPE", LATER},
+    {"PRIMARYSLICEPOS", [](const IntrinsicContext_s &c) { return slicePosition(c, &SliceAttributes_s::PrimaryPosition); }},
+    {"STARTSLICEPOS", [](const IntrinsicContext_s &c) { return slicePosition(c, &SliceAttributes_s::StartPosition); }},
+    {"ENDSLICEPOS", [](const IntrinsicContext_s &c) { return slicePosition(c, &SliceAttributes_s::EndPosition); }},
+    {"SLICEPLANETYPE", slicePlaneType},
     {"LOOP", PLAIN(LgIndex_t current; if (!MacroLoopCurrent(&current)) return c.syntax("%s value is undefined outside of a loop."); return c.number(double(current)))},
     {"MACROFILEPATH", PLAIN(return c.found(MacroFilePath()))},
     {"PLATFORM", PLAIN(return c.found(OrvanexPlatform))},
@@ -521,7 +553,7 @@ const Intrinsic_s Intrinsics[] = {
     {"PRINTFNAME", PLAIN(return c.found(GeneralBase.PrintFName))},
     {"LAYOUTFNAME", PLAIN(return c.found(LayoutFName))},
     {"ZONEMESHCOLOR", zoneMeshColor},
-    {"STREAMSTARTPOS", LATER}, {"STREAMTYPE", LATER}, {"ISOSURFACELEVEL", LATER},
+    {"STREAMSTARTPOS", LATER}, {"STREAMTYPE", LATER}, {"ISOSURFACELEVEL", PLAIN(if (CurFrame == nullptr) return noFrame(c); return c.number(CurFrame->Style.IsoSurfaceAttributes[0].IsoValue1))},
     {"DATASETFNAME", [](const IntrinsicContext_s &c) -> IntrinsicResult_e {
          if (c.dataSet() == nullptr) return c.needsDataSet();
          if (c.Ref.Subscripts.size() > 1 || !c.Ref.SubIdentifier.empty()) return c.noSubscript();

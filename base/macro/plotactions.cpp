@@ -15,42 +15,35 @@
 namespace {
 
 bool handleAttachDataSet(const ActionCommand_s &cmd) {
-    cmd.logAction();
     // Without FRAME the frame below the current one gives its data set.
     int below = GetFrameStackPosition(CurFrame);
     return Action_AttachDataSet(int(cmd.integer(MacroSetValue_FRAME, below)));
 }
 
 bool handleCreateLineMap(const ActionCommand_s &cmd) {
-    cmd.logAction();
     return Action_CreateLineMap();
 }
 
 bool handleDeleteLineMaps(const ActionCommand_s &cmd) {
-    cmd.logAction();
     return Action_DeleteLineMaps(cmd.Set);
 }
 
 bool handleDuplicateLineMap(const ActionCommand_s &cmd) {
     if (cmd.find(MacroSetValue_SOURCEMAP) == nullptr || cmd.find(MacroSetValue_DESTINATIONMAP) == nullptr)
         return cmd.fail(std::string(ActionCommandList[cmd.Action]) + " needs SOURCEMAP and DESTINATIONMAP.");
-    cmd.logAction();
     return Action_DuplicateLineMap(int(cmd.integer(MacroSetValue_SOURCEMAP, 0)) - 1,
                                    int(cmd.integer(MacroSetValue_DESTINATIONMAP, 0)) - 1);
 }
 
 bool handleShiftLineMapsToTop(const ActionCommand_s &cmd) {
-    cmd.logAction();
     return Action_ShiftLineMapsToTop(cmd.Set);
 }
 
 bool handleShiftLineMapsToBottom(const ActionCommand_s &cmd) {
-    cmd.logAction();
     return Action_ShiftLineMapsToBottom(cmd.Set);
 }
 
 bool handleSetFrameBackgroundColor(const ActionCommand_s &cmd) {
-    cmd.logAction();
     return Action_SetFrameBackgroundColor(cmd.Mandatory);
 }
 
@@ -73,7 +66,6 @@ bool handleView(const ActionCommand_s &cmd) {
         c = cmd.number(MacroSetValue_X2, 0.0);
         d = cmd.number(MacroSetValue_Y2, 0.0);
     }
-    cmd.logAction();
     return Action_View(view, char(toupper(axis)), int(cmd.integer(MacroSetValue_AXISNUM, 1)), a, b, c, d);
 }
 
@@ -85,23 +77,19 @@ bool handleRotate3DView(const ActionCommand_s &cmd) {
                                                   cmd.find(MacroSetValue_VECTORY) == nullptr ||
                                                   cmd.find(MacroSetValue_VECTORZ) == nullptr))
         return cmd.fail("ABOUTVECTOR needs VECTORX, VECTORY and VECTORZ.");
-    cmd.logAction();
     return Action_ViewRotate3D(rotation, cmd.number(MacroSetValue_ANGLE, 0.0), &vector,
                                RotateOriginLocation_e(cmd.integer(MacroSetValue_ROTATEORIGINLOCATION, 0)));
 }
 
 bool handleReset3DOrigin(const ActionCommand_s &cmd) {
-    cmd.logAction();
     return Action_Reset3DOrigin(OriginResetLocation_e(cmd.integer(MacroSetValue_ORIGINRESETLOCATION, 0)));
 }
 
 bool handleSet3DEyeDistance(const ActionCommand_s &cmd) {
-    cmd.logAction();
     return Action_Set3DEyeDistance(cmd.number(MacroSetValue_EYEDISTANCE, 0.0));
 }
 
 bool handleWorkspaceView(const ActionCommand_s &cmd) {
-    cmd.logAction();
     return Action_WorkspaceView(WorkspaceView_e(cmd.Mandatory), cmd.number(MacroSetValue_X1, 0.0),
                                 cmd.number(MacroSetValue_Y1, 0.0), cmd.number(MacroSetValue_X2, 0.0),
                                 cmd.number(MacroSetValue_Y2, 0.0));

@@ -136,6 +136,11 @@ SetValueReturnCode_e outOfRange(int row, const InputSpecs_s &rules) {
     return fail(SetValue_ValueRangeError, quoted(row) + " " + GetOutOfRangeErrMsgString(rules));
 }
 
+// Code 5: what the configuration file may not do, which defaults of frames without data cannot hold.
+SetValueReturnCode_e notInConfig(const char *what) {
+    return fail(SetValue_NotAllowedInConfig, std::string("Cannot ") + what + " in the configuration file.");
+}
+
 SetValueReturnCode_e badOperator(int row) {
     return fail(SetValue_AssignOpError, "Assignment operator invalid in\n assignment to " + quoted(row));
 }
@@ -636,7 +641,7 @@ Set_a **activeSetOf(Frame_s *frame, int row) {
 SetValueReturnCode_e setActiveMaps(int row, ArbParam_t arg, AssignOp_e op) {
     if (IsProcessingConfigFile) {
         bool lines = row == MacroSetValue_ACTIVELINEMAPS || row == MacroSetValue_ACTIVEXYMAPS;
-        return fail(SetValue_NotAllowedInConfig, lines ? "assign Active LineMaps" : "assign Active Zones");
+        return notInConfig(lines ? "assign Active LineMaps" : "assign Active Zones");
     }
     Frame_s *frame = CurFrame;
     if (frame->DataSet == nullptr) return fail(SetValue_NoAttachedDatasetError, "No data set available.");
@@ -671,10 +676,10 @@ SetValueReturnCode_e setFrameSpecial(const int path[7], ArbParam_t arg, double v
     int row = path[0];
     if (IsProcessingConfigFile) {
         // These belong to a frame with data, which the defaults of new frames are not.
-        if (row == MacroSetValue_FRAMENAME) return fail(SetValue_NotAllowedInConfig, "assign the frame name");
+        if (row == MacroSetValue_FRAMENAME) return notInConfig("assign the frame name");
         if (row == MacroSetValue_PLOTTYPE || row == MacroSetValue_FRAMEMODE)
-            return fail(SetValue_NotAllowedInConfig, "assign the plot type");
-        if (row == MacroSetValue_GLOBALTIME) return fail(SetValue_NotAllowedInConfig, "assign the solution time");
+            return notInConfig("assign the plot type");
+        if (row == MacroSetValue_GLOBALTIME) return notInConfig("assign the solution time");
         return setActiveMaps(row, arg, op);
     }
     if (CurFrame == nullptr) return fail(SetValue_ContextError, "There is no current frame.");
@@ -766,13 +771,17 @@ void announce(const int path[7]) {
     StateChanged(StateChange_Style, nullptr);
 }
 
+bool isMapStyleRow(int row);
+
 void printDebug(SetValueReturnCode_e code, ArbParam_t argValue, double doubleValue, const int path[7]) {
     char prefix[64];
     snprintf(prefix, sizeof(prefix), "SV: D=%-6G I=%-4d", doubleValue, int(argValue));
     std::string text = std::string(code == SetValue_DuplicateValue ? "SV DUPLICATE! :" : !ReturnCodeOk(code) ? "SV FAILED! :" : "") + prefix;
     for (int n = 0; n < 7 && path[n] >= 0; n++) {
         char part[32];
-        if (isPathNumber(path, n))
+        if (n == 1 && isMapStyleRow(path[0]))
+            snprintf(part, sizeof(part), " P=%-14s", "[maps]");
+        else if (isPathNumber(path, n))
             snprintf(part, sizeof(part), " P=%-14d", path[n]);
         else
             snprintf(part, sizeof(part), " P=%-14s", rowName(path[n]).c_str());
@@ -948,7 +957,7 @@ SetValueReturnCode_e SetValue7(ArbParam_t argValue, double doubleValue, AssignOp
         else if (!linkAllowed(path, argValue, &error))
             code = fail(SetValue_ContextError, error);
         else if (IsProcessingConfigFile && contourOfVarPath(style, path) != nullptr)
-            code = fail(SetValue_NotAllowedInConfig, "assign the contouring variable");
+            code = notInConfig("assign the contouring variable");
         else {
             const GlobalContour_s *contour = contourOfVarPath(style, path);
             int oldVar = contour != nullptr ? contour->Var : -1;

@@ -277,25 +277,21 @@ bool Action_FrameControl(FrameAction_e action, int number, const char *name, dou
     const char *pushNumber = "Attempted to push a frame by an invalid frame number.\nFrame number used: %d.";
     const char *popName = "Attempted to pop a frame by an invalid frame name.\nFrame name used: \"%s\".";
     const char *pushName = "Attempted to push a frame by an invalid frame name.\nFrame name used: \"%s\".";
+    // The frame a numbered or named action works on, checked before anything is logged or done.
     int index = -1;
+    bool found = true;
+    if (action == FrameAction_Pop) found = byNumber(popNumber, &index);
+    else if (action == FrameAction_Push) found = byNumber(pushNumber, &index);
+    else if (action == FrameAction_PopByName) found = byName(popName, &index);
+    else if (action == FrameAction_PushByName) found = byName(pushName, &index);
+    if (!found) return false;
+    LogAction("FRAMECONTROL");
     switch (action) {
     case FrameAction_PushTop: DoPushing(GetTopFrameStack()); return true;
     case FrameAction_Pop:
-        if (!byNumber(popNumber, &index)) return false;
-        DoPopping(index);
-        return true;
+    case FrameAction_PopByName: DoPopping(index); return true;
     case FrameAction_Push:
-        if (!byNumber(pushNumber, &index)) return false;
-        DoPushing(index);
-        return true;
-    case FrameAction_PopByName:
-        if (!byName(popName, &index)) return false;
-        DoPopping(index);
-        return true;
-    case FrameAction_PushByName:
-        if (!byName(pushName, &index)) return false;
-        DoPushing(index);
-        return true;
+    case FrameAction_PushByName: DoPushing(index); return true;
     case FrameAction_PopAtPosition:
         // The highest frame that holds the point, edges included.
         for (int n = GetTopFrameStack(); n >= 0; n--) {
@@ -404,6 +400,7 @@ bool AttachDataSetFromOtherFrame(Frame_s *other) {
         ErrMsg("Frame to attach data from is not attached to a DataSet");
         return false;
     }
+    LogAction("ATTACHDATASET");
     if (!AttachDataSetToCurFrame(other->DataSet)) return false;
     StateChanged(StateChange_DataSetReset, nullptr);
     return true;
@@ -694,6 +691,7 @@ bool Action_SetFrameBackgroundColor(int color) {
         ErrMsg("There is no current frame.");
         return false;
     }
+    LogAction("SETFRAMEBACKGROUNDCOLOR");
     int old = CurFrame->Style.FrameLayout.BackgroundColor;
     if (old == color) return true;
     auto trade = [old, color](int32_t *value) {

@@ -153,6 +153,11 @@ void FrameStyleDeleteVarFromLineMaps(Frame_s *frame, EntIndex_t var) {
 }
 
 bool Action_CreateLineMap() {
+    if (CurFrame == nullptr || CurFrame->DataSet == nullptr) {
+        ErrMsg("No data set. Cannot create new line map.");
+        return false;
+    }
+    LogAction("CREATELINEMAP");
     if (AddNewLineMap(CurFrame, nullptr, false) < 0) return false;
     notifyLineMaps(StateChange_LineMapAssign);
     return true;
@@ -160,6 +165,7 @@ bool Action_CreateLineMap() {
 
 bool Action_DeleteLineMaps(const Set_a *maps) {
     if (CurFrame == nullptr) return false;
+    LogAction("DELETELINEMAPS");
     // From the highest number down, so the numbers still to go stay put.
     for (SetIndex_t m = maps != nullptr ? GetPrevMember(maps, -1) : -1; m >= 0; m = GetPrevMember(maps, m))
         DeleteLineMap(CurFrame, int(m));
@@ -177,6 +183,7 @@ bool Action_DuplicateLineMap(int source, int destination) {
         ErrMsg("Invalid destination line map.");
         return false;
     }
+    LogAction("DUPLICATELINEMAP");
     if (destination == NumLineMaps(CurFrame) && AddNewLineMap(CurFrame, nullptr, false) < 0) return false;
     CopyLineMapAttributes(CurFrame, source, destination);
     notifyLineMaps(StateChange_LineMapAssign);
@@ -193,6 +200,7 @@ bool shiftLineMaps(const Set_a *maps, bool toTop) {
             ErrMsg("Invalid line map number: %d.", int(m + 1));
             return false;
         }
+    LogAction(toTop ? "SHIFTLINEMAPSTOTOP" : "SHIFTLINEMAPSTOBOTTOM");
     // The new order as old map numbers: the chosen maps first (or last), each group in its order.
     std::vector<int> order;
     for (int pass = 0; pass < 2; pass++)

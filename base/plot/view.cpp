@@ -491,6 +491,15 @@ bool CheckToResetViewStack() {
 bool Action_View(View_e view, char axis, int axisNum, double a, double b, double c, double d) {
     Frame_s *frame = CurFrame;
     if (frame == nullptr) return false;
+    if (view == View_Paste && !ViewCopied) {
+        ErrMsg("No view has been copied.");
+        return false;
+    }
+    if (view == View_ResetToEntireCircle && frame->PlotType != PlotType_PolarLine) {
+        ErrMsg("Plot type must be Polar to reset to the entire circle.");
+        return false;
+    }
+    LogAction("VIEW");
     CheckToResetViewStack();
     bool ok = true;
     bool push = true;
@@ -522,20 +531,12 @@ bool Action_View(View_e view, char axis, int axisNum, double a, double b, double
         push = false;
         break;
     case View_Paste:
-        if (!ViewCopied) {
-            ErrMsg("No view has been copied.");
-            return false;
-        }
         if (is3D(frame))
             install3D(frame, CopiedThreeDView);
         else
             setTwoDRanges(frame, CopiedTwoDView);
         break;
     case View_ResetToEntireCircle:
-        if (frame->PlotType != PlotType_PolarLine) {
-            ErrMsg("Plot type must be Polar to reset to the entire circle.");
-            return false;
-        }
         frame->Style.PolarAxis.ThetaDetail.RangeMin = 0.0;
         frame->Style.PolarAxis.ThetaDetail.RangeMax = frame->Style.PolarAxis.ThetaPeriod;
         break;
@@ -556,6 +557,11 @@ bool Action_ViewRotate3D(RotateCommand_e rotation, double angleDegrees, const XY
         ErrMsg("Plot type must be 3D to rotate the view.");
         return false;
     }
+    if (rotation == RotateCommand_AboutVector && (vector == nullptr || (vector->X == 0 && vector->Y == 0 && vector->Z == 0))) {
+        ErrMsg("The vector to rotate about must not be of zero length.");
+        return false;
+    }
+    LogAction("ROTATE3DVIEW");
     CheckToResetViewStack();
     ThreeDView_s &view = frame->Style.ThreeDView;
     double angle = angleDegrees * Pi / 180.0;
@@ -570,10 +576,6 @@ bool Action_ViewRotate3D(RotateCommand_e rotation, double angleDegrees, const XY
     case RotateCommand_Alpha:
     case RotateCommand_Twist: view.AlphaAngle += angle; break;
     case RotateCommand_AboutVector: {
-        if (vector == nullptr || (vector->X == 0 && vector->Y == 0 && vector->Z == 0)) {
-            ErrMsg("The vector to rotate about must not be of zero length.");
-            return false;
-        }
         // About a vector: the same composition as about an axis, with the vector's direction.
         const XYZ_s &scale = frame->Style.GlobalThreeD.AxisScaleFact;
         Matrix4x4_s modelView, inverse, step;
@@ -639,6 +641,7 @@ bool Action_Reset3DOrigin(OriginResetLocation_e location) {
         ErrMsg("There is no data at the center of view.  The rotate origin has not been moved.");
         return false;
     }
+    LogAction("RESET3DORIGIN");
     Box3D_s box = dataBoxOf(frame);
     frame->Style.GlobalThreeD.RotateOrigin = {(box.Min.X + box.Max.X) / 2, (box.Min.Y + box.Max.Y) / 2,
                                               (box.Min.Z + box.Max.Z) / 2};
@@ -647,12 +650,13 @@ bool Action_Reset3DOrigin(OriginResetLocation_e location) {
 }
 
 bool Action_Set3DEyeDistance(double distance) {
-    Frame_s *frame = threeDFrame("Plot type must be 3D to set the eye distance.");
+    Frame_s *frame = threeDFrame("Must be in 3D to change the 3d view distance");
     if (frame == nullptr) return false;
     if (!(distance > 0.0)) {
         ErrMsg("The eye distance must be greater than zero.");
         return false;
     }
+    LogAction("SET3DEYEDISTANCE");
     SetTransformations();
     // In view coordinates the eye is at the origin looking down -Z; it moves along Z only.
     XYZ_s origin = VDI3D_ViewTransformXYZ(CurThreeDViewCalc, frame->Style.GlobalThreeD.RotateOrigin);
@@ -663,6 +667,11 @@ bool Action_Set3DEyeDistance(double distance) {
 }
 
 bool Action_WorkspaceView(WorkspaceView_e view, double x1, double y1, double x2, double y2) {
+    if (view == WorkspaceView_Zoom && (x1 == x2 || y1 == y2)) {
+        ErrMsg("Invalid region to zoom to.");
+        return false;
+    }
+    LogAction("WORKSPACEVIEW");
     Rect_s region = GeneralBase.Paper.RegionInWorkArea;
     switch (view) {
     case WorkspaceView_FitSelectedFrames:
@@ -679,10 +688,6 @@ bool Action_WorkspaceView(WorkspaceView_e view, double x1, double y1, double x2,
     case WorkspaceView_FitPaper: FitPaperInWorkArea(false); break;
     case WorkspaceView_LastView: PopPaperView(); break;
     case WorkspaceView_Zoom:
-        if (x1 == x2 || y1 == y2) {
-            ErrMsg("Invalid region to zoom to.");
-            return false;
-        }
         PushPaperView(Rect_s{std::min(x1, x2), std::min(y1, y2), std::max(x1, x2), std::max(y1, y2)}, false);
         break;
     case WorkspaceView_Translate:

@@ -98,6 +98,17 @@ TEST(ActionsE2E, LayersNeedTheContourGroupTheyColourBy) {
     EXPECT_EQ(line.substr(line.size() - 4), " 5 9") << line;
 }
 
+TEST(ActionsE2E, SliceAndIsoSurfaceIntrinsicsReadTheStyle) {
+    Scratch s;
+    std::string log = runLog(s, "$!READDATASET '\"four.dat\"'\n$!GLOBALSLICE 1 SLICESURFACE = JPLANES\n"
+                                "$!GLOBALSLICE 1 PRIMARYPOSITION { J = 7 }\n$!GLOBALSLICE 1 STARTPOSITION { J = 2 }\n"
+                                "$!GLOBALISOSURFACE 1 ISOVALUE1 = 2.5\n" +
+                                    EchoCommand("|SLICEPLANETYPE| |PRIMARYSLICEPOS| |STARTSLICEPOS| |ISOSURFACELEVEL|") +
+                                    "$!GLOBALSLICE 1 SLICESURFACE = YPLANES\n$!GLOBALSLICE 1 ENDPOSITION { Y = 0.75 }\n" +
+                                    EchoCommand("|SLICEPLANETYPE| |ENDSLICEPOS|"));
+    EXPECT_EQ(EchoedLines(log), (std::vector<std::string>{"J-Planes 7 2 2.5", "Y-Planes 0.75"})) << log;
+}
+
 TEST(ActionsE2E, ANewBackgroundTradesColoursWithTheOld) {
     Scratch s;
     std::string log = runLog(s, "$!READDATASET '\"four.dat\"'\n$!PLOTTYPE = CARTESIAN2D\n"
@@ -150,6 +161,24 @@ TEST(ActionsE2E, DialogsAndPromptsInBatchMode) {
 
 TEST(ActionsE2E, ActionLineComesAfterTheCheck) {
     Scratch s;
+    // Each refused at its check: the message stands, and no ACTION line before it.
+    struct Case {
+        std::string command, message;
+    };
+    const std::vector<Case> refused = {
+        {"$!FRAMECONTROL POP FRAME = 9", "Attempted to pop a frame by an invalid frame number."},
+        {"$!ATTACHDATASET", "Invalid reference to a frame number in ATTACHDATASETTOFRAME command"},
+        {"$!SET3DEYEDISTANCE EYEDISTANCE = 3", "Must be in 3D to change the 3d view distance"},
+        {"$!ROTATE3DVIEW PSI ANGLE = 10", "Plot type must be 3D to rotate the view."},
+        {"$!CREATELINEMAP", "No data set. Cannot create new line map."},
+        {"$!VIEW PASTE", "No view has been copied."},
+        {"$!WORKSPACEVIEW ZOOM X1 = 1 Y1 = 1 X2 = 1 Y2 = 2", "Invalid region to zoom to."},
+    };
+    for (const Case &c : refused) {
+        std::string log = runLog(s, c.command + "\n");
+        EXPECT_TRUE(HoldsMessage(log, c.message)) << c.command << "\n" << log;
+        EXPECT_EQ(log.find("ACTION:"), std::string::npos) << c.command << "\n" << log;
+    }
     std::string log = runLog(s, "$!CREATENEWFRAME XYPOS { X = 1 Y = 1 } WIDTH = 0.01 HEIGHT = 3\n");
     EXPECT_TRUE(HoldsMessage(log, "Invalid frame position and/or dimensions")) << log;
     EXPECT_EQ(log.find("ACTION: CREATENEWFRAME"), std::string::npos) << log;
@@ -166,7 +195,7 @@ TEST(ActionsE2E, ConfigurationFileRefusalsEndInOneWarning) {
         std::string command, message;
     };
     const std::vector<Case> cases = {
-        {"$!FRAMENAME = \"x\"", "assign the frame name"},
+        {"$!FRAMENAME = \"x\"", "Cannot assign the frame name in the configuration file."},
         {"$!ACTIVEFIELDMAPS = [1]", "assign Active Zones"},
         {"$!ACTIVELINEMAPS = [1]", "assign Active LineMaps"},
         {"$!GLOBALCONTOUR 1 VAR = 3", "assign the contouring variable"},
