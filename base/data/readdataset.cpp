@@ -190,6 +190,10 @@ bool expandOneVariableDataSet(DataSet_s *dataSet) {
         dimensions = zoneDimensions;
     }
     if (dimensions == 0) return true;
+    // The data variable goes first, before the coordinates go in front of it: a position list
+    // may have left empty slots around it.
+    for (auto v = EntIndex_t(dataSet->NumVars - 1); v >= 0; v--)
+        if (!IsVarEnabled(dataSet, v)) DataSetDeleteVar(dataSet, v);
     static const char *const indexNames[3] = {"I", "J", "K"};
     for (int d = 0; d < dimensions; d++) {
         auto var = EntIndex_t(d);

@@ -794,6 +794,9 @@ bool LoadMacroFile(const char *fileName, bool warnOnRedefine, bool retainDefault
     std::vector<OpenFile_s> files{{file, 1, version}};
     MacroCommand_s *mainLast = nullptr;
     MacroFunction_s *openFunction = nullptr;
+    // Where the open function began, for the message if the file ends inside it.
+    int openFunctionLine = 0;
+    std::string openFunctionCommand;
     MacroCommand_s *functionLast = nullptr;
     long long count = 0;
     bool ok = true;
@@ -840,6 +843,8 @@ bool LoadMacroFile(const char *fileName, bool warnOnRedefine, bool retainDefault
             } else {
                 ok = ProcessStartMacroFunction(command.c_str(), firstLine, warnOnRedefine, retainDefault, &openFunction);
                 functionLast = nullptr;
+                openFunctionLine = firstLine;
+                openFunctionCommand = command;
             }
             continue;
         }
@@ -859,7 +864,7 @@ bool LoadMacroFile(const char *fileName, bool warnOnRedefine, bool retainDefault
     }
     for (OpenFile_s &open : files) fclose(open.File);
     if (ok && openFunction != nullptr) {
-        ErrMsg("Cannot Find Matching ENDMACROFUNCTION");
+        ErrBadMacro("Cannot Find Matching ENDMACROFUNCTION", openFunctionLine, openFunctionCommand.c_str(), true);
         ok = false;
     }
     if (!ok) {

@@ -473,6 +473,19 @@ TEST_F(ReadDataSetTest, OneVariableFileGetsIndexCoordinates) {
     EXPECT_EQ(value(0, 2, 5), 6.0);
 }
 
+TEST_F(ReadDataSetTest, OneVariableChosenByPositionStandsBehindItsIndex) {
+    // Only the third variable of three: it moves up behind I, with no empty slot between.
+    OwnedSet third = setOf({2});
+    args.VarPositionList = third.get();
+    loadOk({write("abc.dat", "VARIABLES = A B C\nZONE I=3\n1 2 3\n4 5 6\n7 8 9\n")});
+    ASSERT_EQ(dataSet()->NumVars, 2);
+    EXPECT_EQ(MemberCount(dataSet()->EnabledVars), 2);
+    EXPECT_EQ(varName(0), "I");
+    EXPECT_EQ(varName(1), "C");
+    EXPECT_EQ(value(0, 0, 2), 3.0);
+    EXPECT_EQ(value(0, 1, 2), 9.0);
+}
+
 TEST_F(ReadDataSetTest, OneVariableFilesThatCannotBeExpanded) {
     bool ok = true;
     expectSaid(load({write("i1.dat", "VARIABLES = P\nZONE I=1 J=2\n1\n2\n")}, &ok),

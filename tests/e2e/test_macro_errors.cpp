@@ -181,6 +181,16 @@ TEST(MacroErrorsE2E, LimitsHoldAtTheirEdges) {
                                     "$!VARSET |A| = 2147483647\n" + EchoCommand("|A%d|"));
     EXPECT_EQ(EchoedLines(edge.log), (std::vector<std::string>{"2147483646 -2147483646"})) << edge.log;
     EXPECT_TRUE(HoldsMessage(edge.log, "Value out of range to apply integer formatting.")) << edge.log;
+    // Widths are as wide as asked.
+    MacroRun wide = RunMacro(s, "$!VARSET |A| = 7\n$!VARSET |S| = \"ab\"\n" + EchoCommand("|A%600d|") + EchoCommand("|S%-700s|."));
+    ASSERT_EQ(EchoedLines(wide.log).size(), 2u) << wide.log.substr(0, 300);
+    EXPECT_EQ(EchoedLines(wide.log)[0], std::string(599, ' ') + "7");
+    EXPECT_EQ(EchoedLines(wide.log)[1], "ab" + std::string(698, ' ') + ".");
+    // A function the file never closes is named with the line that opened it; nothing runs.
+    MacroRun open = RunMacro(s, EchoCommand("never") + "$!MACROFUNCTION NAME = \"F\"\n" + EchoCommand("inside"));
+    EXPECT_TRUE(HoldsMessage(open.log, "Cannot Find Matching ENDMACROFUNCTION")) << open.log;
+    EXPECT_NE(open.log.find("starting on line 3:"), std::string::npos) << open.log;
+    EXPECT_TRUE(EchoedLines(open.log).empty());
     // Text copied after the last value counts toward the limit too.
     std::string tail(60000, 'y');
     MacroRun late = RunMacro(s, "$!VARSET |A| = \"" + std::string(60000, 'x') + "\"\n$!VARSET |B| = \"|A|" + tail +
