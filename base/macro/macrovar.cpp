@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -148,13 +149,26 @@ bool numberFromText(const std::string &text, double *value) {
     return ScanForReal(&s, value) && strspn(s, " \t") == strlen(s);
 }
 
+// A value printed by a format of the macro's own, at whatever width it asks for.
+std::string printed(const char *format, ...) {
+    va_list args, again;
+    va_start(args, format);
+    va_copy(again, args);
+    int length = vsnprintf(nullptr, 0, format, args);
+    va_end(args);
+    std::string text(length > 0 ? size_t(length) : 0, '\0');
+    if (length > 0) vsnprintf(text.data(), text.size() + 1, format, again);
+    va_end(again);
+    return text;
+}
+
 bool StrFromDouble(const std::string &format, double value, std::string *result, std::string *error) {
     if (format.size() < 2) {
         *error = "Special macro variable formatting must include a format type character.";
         return false;
     }
     char type = format.back();
-    char buffer[512];
+    std::string formatted;
     if (type == 'd') {
         // The range is that of the value; rounding away from zero follows.
         if (!(value <= 2147483646.0 && value >= -2147483646.0)) {
@@ -162,14 +176,14 @@ bool StrFromDouble(const std::string &format, double value, std::string *result,
             return false;
         }
         double rounded = value + (value >= 0 ? 0.499 : -0.499);
-        snprintf(buffer, sizeof(buffer), format.c_str(), int(std::trunc(rounded)));
+        formatted = printed(format.c_str(), int(std::trunc(rounded)));
     } else if (strchr("eEfgG", type) != nullptr) {
-        snprintf(buffer, sizeof(buffer), format.c_str(), value);
+        formatted = printed(format.c_str(), value);
     } else {
         *error = "Invalid format specified for value formatting.";
         return false;
     }
-    *result = buffer;
+    *result = formatted;
     return true;
 }
 
@@ -180,9 +194,7 @@ bool StrFromStr(const std::string &format, const std::string &text, std::string 
     }
     char type = format.back();
     if (type == 's') {
-        std::vector<char> buffer(text.size() + 512);
-        snprintf(buffer.data(), buffer.size(), format.c_str(), text.c_str());
-        *result = buffer.data();
+        *result = printed(format.c_str(), text.c_str());
         return true;
     }
     if (strchr("deEfgG", type) != nullptr) {
@@ -573,7 +585,10 @@ const Intrinsic_s Intrinsics[] = {
          }
          return c.found(names[size_t(n - 1)]);
      }},
-    {"AUXFRAME", LATER},
+    {"AUXFRAME", [](const IntrinsicContext_s &c) -> IntrinsicResult_e {
+         if (!c.Ref.Subscripts.empty()) return c.noSubscript();
+         return auxItem(c, CurFrame != nullptr ? CurFrame->AuxData : nullptr, "frame");
+     }},
     {"AUXDATASET", [](const IntrinsicContext_s &c) -> IntrinsicResult_e {
          if (c.dataSet() == nullptr) return c.needsDataSet();
          if (!c.Ref.Subscripts.empty()) return c.noSubscript();
@@ -591,7 +606,13 @@ const Intrinsic_s Intrinsics[] = {
          if (c.Ref.Subscripts.size() != 1 || !varOf(c, c.Ref.Subscripts[0], &var)) return c.syntax("Invalid variable number for %s.");
          return auxItem(c, GetVarSpec(c.dataSet(), var)->AuxData, "variable");
      }},
-    {"AUXLINEMAP", LATER},
+    {"AUXLINEMAP", [](const IntrinsicContext_s &c) -> IntrinsicResult_e {
+         // Line maps are numbered as they stand, from 1; there is no active offset for them.
+         if (c.Ref.Subscripts.size() != 1 || c.Ref.Subscripts[0].ActiveOffset || c.Ref.Subscripts[0].Value < 1 ||
+             c.Ref.Subscripts[0].Value > NumLineMaps(CurFrame))
+             return c.syntax("Invalid line map number for %s.");
+         return auxItem(c, CurFrame->LineMapAttributes[size_t(c.Ref.Subscripts[0].Value - 1)]->AuxData, "line map");
+     }},
     {"PAPERHEIGHT", PLAIN(return c.number(paperSide(false)))},
     {"PAPERWIDTH", PLAIN(return c.number(paperSide(true)))},
     {"EXPORTISRECORDING", PLAIN(return c.found("NO"))},

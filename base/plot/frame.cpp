@@ -12,6 +12,7 @@
 #include "base/data/datautil.h"
 #include "base/data/derived.h"
 #include "base/data/strand.h"
+#include "base/kernel/auxdata.h"
 #include "base/kernel/errors.h"
 #include "base/kernel/genbase.h"
 #include "base/kernel/statechg.h"
@@ -373,6 +374,7 @@ int DataSetReferenceCount(const DataSet_s *dataSet) {
 }
 
 Frame_s::~Frame_s() {
+    AuxDataDealloc(&AuxData);
     DeallocSet(&ActiveRelevantZones);
     FieldMapsClear(this);
     LineMapsClear(this);

@@ -13,6 +13,7 @@
 #include "base/plot/coordsys.h"
 #include "base/plot/framestyle.h"
 
+struct AuxData_s;
 struct DataSet_s;
 struct DisplayList_s;
 struct FieldAttributes_s;
@@ -62,6 +63,7 @@ struct Frame_s {
     PlotType_e PlotType = PlotType_Sketch;
     bool InitialPlotFirstZoneOnly = false;
     FrameStyle_s Style;  // a copy of the frame template when the frame is made
+    AuxData_s *AuxData = nullptr;  // the frame's auxiliary data (owned), null until an item is set
 
     // Field maps: their style, each zone's map (-1 none), the shown maps and their zones (a cache,
     // null until asked for).

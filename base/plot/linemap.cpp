@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/data/dataset.h"
+#include "base/kernel/auxdata.h"
 #include "base/kernel/errors.h"
 #include "base/kernel/set.h"
 #include "base/kernel/statechg.h"
@@ -32,6 +33,8 @@ bool lineMapIsValid(const DataSet_s *dataSet, const LineMapStyle_s &style) {
 void notifyLineMaps(StateChange_e change) { StateChanged(change, nullptr); }
 
 }  // namespace
+
+LineMapAttributes_s::~LineMapAttributes_s() { AuxDataDealloc(&AuxData); }
 
 int NumLineMaps(const Frame_s *frame) { return frame != nullptr ? int(frame->LineMapAttributes.size()) : 0; }
 
@@ -186,6 +189,12 @@ bool Action_DuplicateLineMap(int source, int destination) {
     LogAction("DUPLICATELINEMAP");
     if (destination == NumLineMaps(CurFrame) && AddNewLineMap(CurFrame, nullptr, false) < 0) return false;
     CopyLineMapAttributes(CurFrame, source, destination);
+    // The copy takes the source's auxiliary data too, in place of its own.
+    LineMapAttributes_s *from = lineMapOf(CurFrame, source), *to = lineMapOf(CurFrame, destination);
+    if (from != to) {
+        AuxDataDealloc(&to->AuxData);
+        if (from->AuxData != nullptr && (to->AuxData = AuxDataCopy(from->AuxData, false)) == nullptr) return false;
+    }
     notifyLineMaps(StateChange_LineMapAssign);
     return true;
 }

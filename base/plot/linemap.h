@@ -7,12 +7,19 @@
 #include "base/kernel/types.h"
 #include "base/plot/framestyle.h"
 
+struct AuxData_s;
 struct Frame_s;
 struct Set_a;
 
 struct LineMapAttributes_s {
     LineMapStyle_s Style;
     uint64_t UniqueID = 0;
+    AuxData_s *AuxData = nullptr;  // the map's auxiliary data (owned), null until an item is set
+
+    LineMapAttributes_s() = default;
+    LineMapAttributes_s(const LineMapAttributes_s &) = delete;
+    LineMapAttributes_s &operator=(const LineMapAttributes_s &) = delete;
+    ~LineMapAttributes_s();
 };
 
 int NumLineMaps(const Frame_s *frame);

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "base/data/datautil.h"
 #include "base/data/face.h"
@@ -58,8 +59,8 @@ class DataSetTest : public ::testing::Test {
         fe.NumPtsI = 4;
         fe.NumPtsJ = 2;
         fe.NumPtsK = 3;
-        FieldDataType_e type = FieldDataType_Float;
-        ASSERT_TRUE(AddZone(&fe, &type, nullptr, zone, nullptr, nullptr, -1, false));
+        std::vector<FieldDataType_e> types(size_t(dataSet()->NumVars), FieldDataType_Float);
+        ASSERT_TRUE(AddZone(&fe, types.data(), nullptr, zone, nullptr, nullptr, -1, false));
         const LgIndex_t nodes[6] = {0, 1, 2, 2, 1, 3};
         for (int n = 0; n < 6; n++) NodeMapSetNode(GetZoneData(dataSet(), zone)->NodeMap, n / 3, n % 3, nodes[n]);
     }

@@ -60,6 +60,42 @@ TEST(DataActionsE2E, ValuesNamesTitleAndAuxiliaryData) {
     EXPECT_NE(log.find("ACTION: SETDATASETTITLE renamed\n"), std::string::npos) << log;
 }
 
+TEST(DataActionsE2E, FrameAndLineMapAuxiliaryData) {
+    Scratch s;
+    std::string log =
+        runLog(s, "$!READDATASET '\"two.dat\"'\n"
+                  "$!PLOTTYPE = XYLINE\n"
+                  "$!SETAUXDATA AUXDATALOCATION = FRAME NAME = \"Owner\" VALUESTRING = \"me and you\"\n"
+                  "$!SETAUXDATA AUXDATALOCATION = LINEMAP MAP = 2 NAME = \"Common.Unit\" VALUESTRING = \"m/s\"\n"
+                  "$!GETAUXDATA |F| AUXDATALOCATION = FRAME NAME = \"owner\"\n"
+                  "$!GETAUXDATA |L| AUXDATALOCATION = LINEMAP MAP = 2 NAME = \"Common.Unit\"\n"
+                  "$!INTERNAL \"ECHO = |AUXFRAME:Owner| / |F| / |AUXLINEMAP[2]:Common.Unit| / |L|\"\n"
+                  "$!DELETEAUXDATA AUXDATALOCATION = FRAME NAME = \"Owner\"\n"
+                  "$!DELETEAUXDATA AUXDATALOCATION = LINEMAP MAP = 2 NAME = \"Common.Unit\"\n"
+                  "$!GETAUXDATA |F| AUXDATALOCATION = FRAME NAME = \"Owner\"\n");
+    EXPECT_EQ(EchoedLines(log), (std::vector<std::string>{"me and you / me and you / m/s / m/s"})) << log;
+    EXPECT_NE(log.find("ACTION: SETAUXDATA\n"), std::string::npos) << log;
+    EXPECT_NE(log.find("ACTION: DELETEAUXDATA\n"), std::string::npos) << log;
+    EXPECT_TRUE(HoldsMessage(log, "Auxiliary data item Owner does not exist.")) << log;
+
+    // Once deleted, the intrinsics name what is missing; a map that does not exist is refused.
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"$!DELETEAUXDATA AUXDATALOCATION = LINEMAP MAP = 2 NAME = \"Common.Unit\"\n"
+         "$!INTERNAL \"ECHO = |AUXLINEMAP[2]:Common.Unit|\"\n",
+         "AUXLINEMAP:Common.Unit is not defined for this line map."},
+        {"$!INTERNAL \"ECHO = |AUXFRAME:Owner|\"\n", "AUXFRAME:Owner is not defined for this frame."},
+        {"$!INTERNAL \"ECHO = |AUXLINEMAP[3]:Common.Unit|\"\n", "Invalid line map number for AUXLINEMAP."},
+        {"$!SETAUXDATA AUXDATALOCATION = LINEMAP MAP = 3 NAME = \"A\" VALUESTRING = \"1\"\n", "Invalid line map number: 3."},
+    };
+    for (const auto &[body, message] : cases) {
+        log = runLog(s, "$!READDATASET '\"two.dat\"'\n$!PLOTTYPE = XYLINE\n"
+                        "$!SETAUXDATA AUXDATALOCATION = LINEMAP MAP = 2 NAME = \"Common.Unit\" VALUESTRING = \"m\"\n" +
+                            body);
+        EXPECT_TRUE(HoldsMessage(log, message)) << body << "\n" << log;
+        EXPECT_TRUE(EchoedLines(log).empty()) << body << "\n" << log;
+    }
+}
+
 TEST(DataActionsE2E, SharingAndBranching) {
     Scratch s;
     std::string log = runLog(s, "$!READDATASET '\"two.dat\"'\n"
