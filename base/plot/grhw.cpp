@@ -6,10 +6,13 @@
 #include <GL/glu.h>
 #include <GL/osmesa.h>
 
+#include <dlfcn.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <new>
+#include <type_traits>
 #include <vector>
 
 #include "base/kernel/errors.h"
@@ -123,15 +126,57 @@ struct Offscreen_s {
 };
 Offscreen_s Offscreen;
 
+// The off-screen library, opened on first use: it brings a compiler with it whose loading would
+// otherwise cost every run, drawing or not, tens of milliseconds.
+struct OSMesaLibrary_s {
+    bool Tried = false;
+    void *Handle = nullptr;
+    decltype(&::OSMesaCreateContextExt) CreateContextExt = nullptr;
+    decltype(&::OSMesaMakeCurrent) MakeCurrent = nullptr;
+    decltype(&::OSMesaGetCurrentContext) GetCurrentContext = nullptr;
+    decltype(&::OSMesaGetIntegerv) GetIntegerv = nullptr;
+    decltype(&::OSMesaDestroyContext) DestroyContext = nullptr;
+    decltype(&::OSMesaGetProcAddress) GetProcAddress = nullptr;
+};
+OSMesaLibrary_s OSMesa;
+
+bool loadOSMesa() {
+    if (OSMesa.Tried) return OSMesa.Handle != nullptr;
+    OSMesa.Tried = true;
+    for (const char *name : {"libOSMesa.so.8", "libOSMesa.so"})
+        if ((OSMesa.Handle = dlopen(name, RTLD_NOW | RTLD_LOCAL)) != nullptr) break;
+    if (OSMesa.Handle == nullptr) return false;
+    auto find = [](auto *pointer, const char *symbol) {
+        *pointer = reinterpret_cast<std::remove_reference_t<decltype(*pointer)>>(dlsym(OSMesa.Handle, symbol));
+        return *pointer != nullptr;
+    };
+    bool ok = find(&OSMesa.CreateContextExt, "OSMesaCreateContextExt") && find(&OSMesa.MakeCurrent, "OSMesaMakeCurrent") &&
+              find(&OSMesa.GetCurrentContext, "OSMesaGetCurrentContext") &&
+              find(&OSMesa.GetIntegerv, "OSMesaGetIntegerv") && find(&OSMesa.DestroyContext, "OSMesaDestroyContext") &&
+              find(&OSMesa.GetProcAddress, "OSMesaGetProcAddress");
+    if (!ok) {
+        dlclose(OSMesa.Handle);
+        OSMesa.Handle = nullptr;
+    }
+    return ok;
+}
+
+// A context of the off-screen library, or null if the library or a context cannot be had.
+OSMesaContext createOffscreenContext() {
+    return loadOSMesa() ? OSMesa.CreateContextExt(OSMESA_RGBA, 24, 0, 0, nullptr) : nullptr;
+}
+
 // The look-up of the off-screen library, in the form the table loader takes.
-void *offscreenGetProc(const char *name) { return reinterpret_cast<void *>(OSMesaGetProcAddress(name)); }
+void *offscreenGetProc(const char *name) {
+    return loadOSMesa() ? reinterpret_cast<void *>(OSMesa.GetProcAddress(name)) : nullptr;
+}
 
 // Finishes what was drawn into the image and lets the context go, before the memory is freed.
 void releaseOffscreenContext() {
-    if (Offscreen.Context == nullptr || OSMesaGetCurrentContext() != Offscreen.Context) return;
+    if (Offscreen.Context == nullptr || OSMesa.GetCurrentContext() != Offscreen.Context) return;
     GrHW_EndBlock();
     GrGL.Finish();
-    OSMesaMakeCurrent(nullptr, nullptr, 0, 0, 0);
+    OSMesa.MakeCurrent(nullptr, nullptr, 0, 0, 0);
 }
 
 // The largest image the off-screen renderer takes, asked once of a context made current on a
@@ -140,15 +185,15 @@ void maxOffscreenSize(int *width, int *height) {
     static int maxWidth = -1, maxHeight = -1;
     if (maxWidth < 0) {
         maxWidth = maxHeight = 0;
-        if (Offscreen.Context == nullptr) Offscreen.Context = OSMesaCreateContextExt(OSMESA_RGBA, 24, 0, 0, nullptr);
+        if (Offscreen.Context == nullptr) Offscreen.Context = createOffscreenContext();
         uint8_t pixel[4];
-        if (Offscreen.Context != nullptr && OSMesaMakeCurrent(Offscreen.Context, pixel, GL_UNSIGNED_BYTE, 1, 1)) {
+        if (Offscreen.Context != nullptr && OSMesa.MakeCurrent(Offscreen.Context, pixel, GL_UNSIGNED_BYTE, 1, 1)) {
             GLint value = 0;
-            OSMesaGetIntegerv(OSMESA_MAX_WIDTH, &value);
+            OSMesa.GetIntegerv(OSMESA_MAX_WIDTH, &value);
             maxWidth = value;
-            OSMesaGetIntegerv(OSMESA_MAX_HEIGHT, &value);
+            OSMesa.GetIntegerv(OSMESA_MAX_HEIGHT, &value);
             maxHeight = value;
-            OSMesaMakeCurrent(nullptr, nullptr, 0, 0, 0);
+            OSMesa.MakeCurrent(nullptr, nullptr, 0, 0, 0);
         }
     }
     *width = maxWidth;
@@ -1089,7 +1134,7 @@ bool Gr_MakeOffscreenCurrent() {
         return false;
     }
     if (Offscreen.Context == nullptr) {
-        Offscreen.Context = OSMesaCreateContextExt(OSMESA_RGBA, 24, 0, 0, nullptr);
+        Offscreen.Context = createOffscreenContext();
         if (Offscreen.Context == nullptr) {
             ErrMsg("%s", OffscreenContextMessage);
             return false;
@@ -1097,7 +1142,7 @@ bool Gr_MakeOffscreenCurrent() {
     }
     // A primitive still open belongs to the context that is current now.
     GrHW_EndBlock();
-    if (!OSMesaMakeCurrent(Offscreen.Context, Offscreen.Buffer.data(), GL_UNSIGNED_BYTE, Offscreen.Width,
+    if (!OSMesa.MakeCurrent(Offscreen.Context, Offscreen.Buffer.data(), GL_UNSIGNED_BYTE, Offscreen.Width,
                            Offscreen.Height)) {
         ErrMsg("%s", OffscreenContextMessage);
         return false;
@@ -1254,7 +1299,7 @@ void Gr_Close() {
     TessCombined = std::vector<double>();
     Gr_DestroyOffscreenImage();
     Gr_MopupDirectScreenExport();
-    if (Offscreen.Context != nullptr) OSMesaDestroyContext(Offscreen.Context);
+    if (Offscreen.Context != nullptr) OSMesa.DestroyContext(Offscreen.Context);
     Offscreen.Context = nullptr;
     if (GrGLFunctionsSource() == offscreenGetProc) GrResetGLFunctions();
     Building = ListBuild_s();
