@@ -42,14 +42,6 @@ using Members = std::vector<SetIndex_t>;
 
 }  // namespace
 
-TEST(SetGrowth, NewSetHasOneClearedWord) {
-    SetGuard s;
-    ASSERT_NE(s.set, nullptr);
-    EXPECT_EQ(s.set->size, 64);
-    EXPECT_EQ(s.set->data[0], 0u);
-    EXPECT_TRUE(IsEmpty(s.set));
-}
-
 TEST(SetGrowth, AddingGrowsByDoublingToMemberPlusOne) {
     SetGuard s;
     ASSERT_TRUE(AddToSet(s.set, 63, true));

@@ -246,16 +246,6 @@ TEST(MacroExpr, NestingTooDeepIsAStackOverflow) {
     EXPECT_DOUBLE_EQ(Eval(fine.c_str()), 2.0);
 }
 
-TEST(MacroExpr, ParenthesisedValuesAsMacroCommandsWriteThem) {
-    // The text of a parenthesised value is evaluated with its parentheses.
-    EXPECT_DOUBLE_EQ(Eval("(1<2 ? 3 : 4) + 1"), 4.0);
-    EXPECT_DOUBLE_EQ(Eval("(-2^2)"), -4.0);
-    EXPECT_DOUBLE_EQ(Eval("(2^3^2)"), 512.0);
-    std::string message;
-    EXPECT_EQ(Fails("(7 % 0)", &message), ExprError_ZeroDenominator);
-    EXPECT_EQ(message, "Expecting a non-zero denominator.");
-}
-
 TEST(MacroExpr, SuccessClearsTheError) {
     Fails("1/0");
     EXPECT_DOUBLE_EQ(Eval("1"), 1.0);

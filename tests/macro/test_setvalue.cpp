@@ -414,25 +414,6 @@ TEST_F(SetValue, EveryTableRowHasTheKindOfItsVocabularyRow) {
     }
 }
 
-TEST_F(SetValue, MajorRowsFallIntoFrameAndGeneral) {
-    auto category = [](int row) {
-        bool isFrame = true, isGeneral = true;
-        CategorizeMajorCommand(row, &isFrame, &isGeneral);
-        return std::string(isFrame ? "frame" : "") + (isGeneral ? "general" : "");
-    };
-    for (int row : {504, 510, 516, 521, 525, 529, 533, 540, 542, 550, 552, 553, 396, 400, 1208, 554, 555, 139, 140})
-        EXPECT_EQ(category(row), "frame") << row;
-    for (int row = 983; row <= 999; row++) EXPECT_EQ(category(row), "general") << row;
-    EXPECT_EQ(category(1371), "general");
-    EXPECT_EQ(category(1389), "general");
-    for (int row : {503, 517, 520, 522, 524, 530, 532, 541, 551, 556, 395, 401, 138, 141, 982, 1000, 1207, 1209, 1370})
-        EXPECT_EQ(category(row), "") << row;
-    EXPECT_EQ(category(MacroSetValue_PAPER), "general");
-    EXPECT_EQ(category(MacroSetValue_FRAMELAYOUT), "frame");
-    EXPECT_EQ(category(MacroSetValue_GLOBALCOLORMAP), "general");
-    EXPECT_EQ(category(MacroSetValue_GLOBALLINKING), "general");
-}
-
 // ---- input rules and operators -----------------------------------------------------------------
 
 TEST_F(SetValue, FractionsArePercentInMacros) {
@@ -699,25 +680,6 @@ TEST_F(SetValue, FileNamesMustNotBeEmpty) {
 }
 
 // ---- colour maps ---------------------------------------------------------------------------
-
-TEST_F(SetValue, FactoryColorMaps) {
-    EXPECT_EQ(read(pathOf("GLOBALCOLORMAP 1 CONTOURCOLORMAP")).arg, 0);  // SMRAINBOW
-    EXPECT_EQ(read(pathOf("GLOBALCOLORMAP 3 CONTOURCOLORMAP")).arg, 2);  // MODERN
-    EXPECT_EQ(read(pathOf("GLOBALCOLORMAP 4 CONTOURCOLORMAP")).arg, 3);  // GRAYSCALE
-    EXPECT_EQ(read(pathOf("GLOBALCOLORMAP 2 GRAYSCALE NUMCONTROLPOINTS")).arg, 9);
-    EXPECT_DOUBLE_EQ(read(pathOf("GLOBALCOLORMAP 2 GRAYSCALE CONTROLPOINT 5 COLORMAPFRACTION")).number, 0.5);
-    EXPECT_DOUBLE_EQ(read(pathOf("GLOBALCOLORMAP 2 GRAYSCALE CONTROLPOINT 5 LEADRGB G")).number, 128);
-    EXPECT_DOUBLE_EQ(read(pathOf("GLOBALCOLORMAP 2 GRAYSCALE CONTROLPOINT 9 COLORMAPFRACTION")).number, 1.0);
-    EXPECT_DOUBLE_EQ(read(pathOf("GLOBALCOLORMAP 2 LGRAINBOW CONTROLPOINT 6 COLORMAPFRACTION")).number, 5.0 / 6.0);
-    EXPECT_DOUBLE_EQ(read(pathOf("GLOBALCOLORMAP 1 TWOCOLOR CONTROLPOINT 2 TRAILRGB R")).number, 128);
-    // The modern map breaks at its inner points: trail (255,0,255), lead (35,35,100) at point 2.
-    EXPECT_DOUBLE_EQ(read(pathOf("GLOBALCOLORMAP 3 MODERN CONTROLPOINT 2 TRAILRGB B")).number, 255);
-    EXPECT_DOUBLE_EQ(read(pathOf("GLOBALCOLORMAP 3 MODERN CONTROLPOINT 2 LEADRGB R")).number, 35);
-    EXPECT_DOUBLE_EQ(read(pathOf("GLOBALCOLORMAP 3 MODERN CONTROLPOINT 7 TRAILRGB G")).number, 117);
-    // The user-defined map starts as the small rainbow.
-    EXPECT_DOUBLE_EQ(read(pathOf("GLOBALCOLORMAP 1 USERDEFINED CONTROLPOINT 2 LEADRGB B")).number, 255);
-    EXPECT_DOUBLE_EQ(read(pathOf("GLOBALCOLORMAP 1 USERDEFINED CONTROLPOINT 2 LEADRGB G")).number, 255);
-}
 
 TEST_F(SetValue, ColorMapGroupsAndControlPointsAreNumbered) {
     EXPECT_EQ(setNumber(pathOf("GLOBALCOLORMAP 2 SMRAINBOW CONTROLPOINT 3 LEADRGB R"), 7), SetValue_Ok);

@@ -16,26 +16,6 @@ using namespace imagetest;
 
 class ImageExport : public ImageTest {};
 
-TEST(ExportFormats, PathsByFormat) {
-    EXPECT_TRUE(IsVectorExportFormat(ExportFormat_HPGL, PrintRenderType_Image));
-    EXPECT_TRUE(IsVectorExportFormat(ExportFormat_HPGL2, PrintRenderType_Image));
-    for (ExportFormat_e f : {ExportFormat_PS, ExportFormat_EPS, ExportFormat_WindowsMetafile}) {
-        EXPECT_TRUE(IsVectorExportFormat(f, PrintRenderType_Vector));
-        EXPECT_FALSE(IsVectorExportFormat(f, PrintRenderType_Image));
-    }
-    EXPECT_FALSE(IsVectorExportFormat(ExportFormat_PNG, PrintRenderType_Vector));
-    for (ExportFormat_e f : {ExportFormat_TIFF, ExportFormat_SGI, ExportFormat_SunRaster, ExportFormat_XWindows,
-                             ExportFormat_BMP, ExportFormat_PNG, ExportFormat_JPEG})
-        EXPECT_TRUE(IsStillImageExportFormat(f)) << f;
-    for (ExportFormat_e f : {ExportFormat_RasterMetafile, ExportFormat_PSImage, ExportFormat_PS, ExportFormat_AVI,
-                             ExportFormat_Custom, ExportFormat_Flash, ExportFormat_LaserGraphics})
-        EXPECT_FALSE(IsStillImageExportFormat(f)) << f;
-    EXPECT_TRUE(IsMovieExportFormat(ExportFormat_RasterMetafile));
-    EXPECT_TRUE(IsMovieExportFormat(ExportFormat_AVI));
-    EXPECT_TRUE(IsMovieExportFormat(ExportFormat_Flash));
-    EXPECT_FALSE(IsMovieExportFormat(ExportFormat_JPEG));
-}
-
 TEST_F(ImageExport, AFileThatCannotBeWrittenIsReportedAndNothingRenders) {
     std::string blocker = path("plain");
     FILE *f = fopen(blocker.c_str(), "w");

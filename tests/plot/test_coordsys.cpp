@@ -30,19 +30,6 @@ TransformInputs_s StandardInputs() {
     return inputs;
 }
 
-TEST(CoordSysEnums, ValuesAndWords) {
-    EXPECT_EQ(CoordSys_Grid, 0);
-    EXPECT_EQ(CoordSys_FrameOffset, 2);
-    EXPECT_EQ(CoordSys_Hardcopy, 5);
-    EXPECT_EQ(CoordSys_Grid3D, 6);
-    EXPECT_EQ(CoordSys_Invalid, 255);
-    EXPECT_STREQ(CoordSys_Word(CoordSys_FrameOffset), "FRAMEOFFSET");
-    EXPECT_STREQ(CoordSys_Word(CoordSys_Grid3D), "GRID3D");
-    EXPECT_STREQ(CoordSys_Word(CoordSys_Invalid), "INVALID");
-    EXPECT_EQ(Units_Point, 2);
-    EXPECT_EQ(Units_AxisPercentage, 4);
-}
-
 TEST(CoordSysMap, InvertAndCompose) {
     CoordMap_s map{2.0, 3.0, -4.0, 1.0};
     CoordMap_s inverse = CoordMap_Invert(map);
