@@ -152,6 +152,10 @@ bool Action_DeleteZones(const Set_a *zones, const char *journalCommand) {
         ErrMsg("Invalid set of zones to delete");
         return false;
     }
+    if (!IsSubSet(zones, dataSet->EnabledZones)) {
+        ErrMsg("Zones requested are not all available");
+        return false;
+    }
     LogAction("DELETEZONES");
     return alterData(UndoBlock_DataStructure, journalCommand, [&] { return DeleteZones(dataSet, zones); });
 }
@@ -161,6 +165,10 @@ bool Action_DeleteVars(const Set_a *vars, const char *journalCommand) {
     if (dataSet == nullptr) return false;
     if (vars == nullptr || IsEmpty(vars)) {
         ErrMsg("Invalid set of variables to delete");
+        return false;
+    }
+    if (!IsSubSet(vars, dataSet->EnabledVars)) {
+        ErrMsg("Vars requested are not all available");
         return false;
     }
     LogAction("DELETEVARS");

@@ -133,6 +133,15 @@ TEST(DataActionsE2E, RefusalsWithoutDataAndBadNumbers) {
     EXPECT_TRUE(HoldsMessage(log, "Invalid zone number: 9.")) << log;
     log = runLog(s, "$!READDATASET '\"two.dat\"'\n$!GETFIELDVALUE |A| ZONE = 1 VAR = 1 INDEX = 4\n");
     EXPECT_TRUE(HoldsMessage(log, "Index out of range for zone 1.")) << log;
+    // Deleting what is not there deletes nothing, also not the zones and variables that are.
+    log = runLog(s, "$!READDATASET '\"two.dat\"'\n$!DELETEZONES [2,9]\n");
+    EXPECT_TRUE(HoldsMessage(log, "Zones requested are not all available")) << log;
+    EXPECT_EQ(log.find("ACTION: DELETEZONES"), std::string::npos) << log;
+    log = runLog(s, "$!READDATASET '\"two.dat\"'\n$!DELETEVARS [3]\n");
+    EXPECT_TRUE(HoldsMessage(log, "Vars requested are not all available")) << log;
+    log = runLog(s, "$!READDATASET '\"two.dat\"'\n$!DELETEZONES [2]\n$!DELETEZONES [2]\n" +
+                        EchoCommand("|NUMZONES|"));
+    EXPECT_TRUE(HoldsMessage(log, "Zones requested are not all available")) << log;
 }
 
 }  // namespace
