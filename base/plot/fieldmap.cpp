@@ -32,13 +32,23 @@ void dropActiveZoneCache(Frame_s *frame) { DeallocSet(&frame->ActiveFieldZones);
 
 bool isFieldPlot(PlotType_e type) { return type == PlotType_Cartesian2D || type == PlotType_Cartesian3D; }
 
+// The zones of a map where they are kept: the map's own set, or its strand's members. Read in
+// place, so that walking many maps copies nothing.
+const Set_a *mapZoneSource(const Frame_s *frame, int map) {
+    const FieldAttributes_s *attributes = mapOf(frame, map);
+    if (attributes == nullptr) return nullptr;
+    if (attributes->MapsZones) return attributes->Zones;
+    const StrandInfo_s *strand = frame->DataSet != nullptr ? GetStrandInfo(frame->DataSet, attributes->StrandID) : nullptr;
+    return strand != nullptr ? strand->ZoneMembers : nullptr;
+}
+
 // The counts of the zone kinds a map holds.
 void updateZoneStats(const Frame_s *frame, int map) {
     FieldAttributes_s *attributes = mapOf(frame, map);
     attributes->Stats = ZoneStats_s{};
-    SetPtr zones(GetFieldMapZones(frame, map));
-    if (!zones) return;
-    for (SetIndex_t z = GetNextMember(zones.get(), -1); z >= 0; z = GetNextMember(zones.get(), z)) {
+    const Set_a *zones = mapZoneSource(frame, map);
+    if (zones == nullptr) return;
+    for (SetIndex_t z = GetNextMember(zones, -1); z >= 0; z = GetNextMember(zones, z)) {
         const ZoneSpec_s *spec = GetZoneSpec(frame->DataSet, EntIndex_t(z));
         ZoneStats_s &stats = attributes->Stats;
         if (spec->Type == ZoneType_Ordered) {
@@ -109,16 +119,16 @@ int strandMap(const Frame_s *frame, int32_t strand) {
 }
 
 bool mapIsEmpty(const Frame_s *frame, int map) {
-    SetPtr zones(GetFieldMapZones(frame, map));
-    if (!zones) return true;
-    for (SetIndex_t z = GetNextMember(zones.get(), -1); z >= 0; z = GetNextMember(zones.get(), z))
+    const Set_a *zones = mapZoneSource(frame, map);
+    if (zones == nullptr) return true;
+    for (SetIndex_t z = GetNextMember(zones, -1); z >= 0; z = GetNextMember(zones, z))
         if (IsZoneEnabled(frame->DataSet, EntIndex_t(z))) return false;
     return true;
 }
 
 // Puts an enabled zone in the map its strand or its record says, making one if needed. The
-// number of a map made is added to newMaps.
-bool placeZone(Frame_s *frame, EntIndex_t zone, Set_a *newMaps) {
+// number of a map made is added to newMaps; the maps the zone left or joined to touched.
+bool placeZone(Frame_s *frame, EntIndex_t zone, Set_a *newMaps, Set_a *touched = nullptr) {
     const ZoneSpec_s *spec = GetZoneSpec(frame->DataSet, zone);
     int current = GetFieldMapForZone(frame, zone);
     int map;
@@ -132,6 +142,9 @@ bool placeZone(Frame_s *frame, EntIndex_t zone, Set_a *newMaps) {
         map = newFieldMap(frame, spec->StrandID, zone);
         if (map < 0 || (newMaps != nullptr && !AddToSet(newMaps, map, false))) return false;
     }
+    if (touched != nullptr && current != map &&
+        (!AddToSet(touched, map, false) || (current >= 0 && !AddToSet(touched, current, false))))
+        return false;
     return FieldMapAddZone(frame, map, zone);
 }
 
@@ -156,15 +169,10 @@ void SetFieldMapForZone(Frame_s *frame, EntIndex_t zone, int map) {
 }
 
 Set_a *GetFieldMapZones(const Frame_s *frame, int map) {
-    const FieldAttributes_s *attributes = mapOf(frame, map);
-    if (attributes == nullptr) return nullptr;
+    if (mapOf(frame, map) == nullptr) return nullptr;
     Set_a *zones = AllocSet(false);
     if (zones == nullptr) return nullptr;
-    const Set_a *source = attributes->Zones;
-    if (!attributes->MapsZones) {
-        const StrandInfo_s *strand = frame->DataSet != nullptr ? GetStrandInfo(frame->DataSet, attributes->StrandID) : nullptr;
-        source = strand != nullptr ? strand->ZoneMembers : nullptr;
-    }
+    const Set_a *source = mapZoneSource(frame, map);
     if (source != nullptr && !CopySet(zones, source, false)) DeallocSet(&zones);
     return zones;
 }
@@ -333,24 +341,31 @@ bool FrameStyleSynchronizeWithDataSet(Frame_s *frame, PlotType_e plotType, bool 
         GetSolutionTimeMinMaxForAllStrands(frame, &min, &max);
         SetFrameSolutionTime(frame, min);
     }
-    // 3. Field maps: every enabled zone in its map; disabled zones out; empty maps go.
-    SetPtr newMaps(AllocSet(false));
-    if (!newMaps) return false;
+    // 3. Field maps: every enabled zone in its map; disabled zones out; empty maps go. Only the
+    // maps a zone joined or left are looked at again, so that an append to a data set of many
+    // maps costs what it adds, not what is there.
+    SetPtr newMaps(AllocSet(false)), touched(AllocSet(false));
+    if (!newMaps || !touched) return false;
     for (EntIndex_t z = 0; z < dataSet->NumZones; z++) {
         if (IsZoneEnabled(dataSet, z)) {
-            if (!placeZone(frame, z, newMaps.get())) return false;
-        } else if (GetFieldMapForZone(frame, z) >= 0) {
-            FieldMapRemoveZone(frame, GetFieldMapForZone(frame, z), z);
+            if (!placeZone(frame, z, newMaps.get(), touched.get())) return false;
+        } else if (int map = GetFieldMapForZone(frame, z); map >= 0) {
+            FieldMapRemoveZone(frame, map, z);
+            if (!AddToSet(touched.get(), map, false)) return false;
         }
     }
-    for (int m = NumFieldMaps(frame) - 1; m >= 0; m--)
-        if (mapIsEmpty(frame, m)) {
-            FieldMapDelete(frame, m);
+    // A strand map may have lost zones to the strand table without a zone moving here.
+    for (int m = 0; m < NumFieldMaps(frame); m++)
+        if (!mapOf(frame, m)->MapsZones && !AddToSet(touched.get(), m, false)) return false;
+    for (SetIndex_t m = GetPrevMember(touched.get(), -1); m >= 0; m = GetPrevMember(touched.get(), m))
+        if (mapIsEmpty(frame, int(m))) {
+            FieldMapDelete(frame, int(m));
             DeleteSetMember(newMaps.get(), m);
+            DeleteSetMember(touched.get(), m);
         }
-    for (int m = 0; m < NumFieldMaps(frame); m++) {
-        updateZoneStats(frame, m);
-        if (InSet(newMaps.get(), m)) applyZoneTypeDefaults(frame, m);
+    for (SetIndex_t m = GetNextMember(touched.get(), -1); m >= 0; m = GetNextMember(touched.get(), m)) {
+        updateZoneStats(frame, int(m));
+        if (InSet(newMaps.get(), m)) applyZoneTypeDefaults(frame, int(m));
     }
     if (isFieldPlot(plotType) && reset) {
         int last = frame->InitialPlotFirstZoneOnly ? 0 : NumFieldMaps(frame) - 1;
