@@ -14,12 +14,9 @@ const char *kFourVars =
 
 std::string runLog(Scratch &s, const std::string &body, const std::vector<std::string> &extra = {}) {
     s.write("four.dat", kFourVars);
-    s.write("run.mcr", "#!MC 1100\n" + body);
-    std::vector<std::string> args = {"-b", "run.mcr"};
-    args.insert(args.end(), extra.begin(), extra.end());
-    RunResult r = s.run(args);
-    EXPECT_EQ(r.exitCode, 0);
-    return s.read("batch.log");
+    MacroRun run = RunMacro(s, body, extra);
+    EXPECT_EQ(run.result.exitCode, 0);
+    return run.log;
 }
 
 TEST(ActionsE2E, ZoneCreatorsStartADataSetInAnEmptyFrame) {

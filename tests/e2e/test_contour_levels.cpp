@@ -16,10 +16,9 @@ const char *kField = "VARIABLES = X Y P\nZONE I=3 J=2\n0 0 0\n1 0 2\n2 0 4\n0 1 
 
 std::string runLog(Scratch &s, const std::string &body) {
     s.write("field.dat", kField);
-    s.write("run.mcr", "#!MC 1100\n$!READDATASET '\"field.dat\"'\n" + body);
-    RunResult r = s.run({"-b", "run.mcr"});
-    EXPECT_EQ(r.exitCode, 0);
-    return s.read("batch.log");
+    MacroRun run = RunMacro(s, "$!READDATASET '\"field.dat\"'\n" + body);
+    EXPECT_EQ(run.result.exitCode, 0);
+    return run.log;
 }
 
 // The values of the lines "CONTOURLEVELS n = ..." and "GLOBAL... = value" the macro logged.

@@ -8,13 +8,11 @@ namespace {
 
 const char *kTwoZones = "TITLE = \"two\"\nVARIABLES = X Y\nZONE T=\"a\" I=3\n1 10\n2 20\n3 30\nZONE T=\"b\" I=3\n4 40\n5 50\n6 60\n";
 
-
 std::string runLog(Scratch &s, const std::string &body) {
     s.write("two.dat", kTwoZones);
-    s.write("run.mcr", "#!MC 1100\n" + body);
-    RunResult r = s.run({"-b", "run.mcr"});
-    EXPECT_EQ(r.exitCode, 0);
-    return s.read("batch.log");
+    MacroRun run = RunMacro(s, body);
+    EXPECT_EQ(run.result.exitCode, 0);
+    return run.log;
 }
 
 TEST(DataActionsE2E, ZonesAreCreatedDuplicatedMirroredAndDeleted) {
